@@ -1,0 +1,35 @@
+# Settings shared by the library's object libraries.
+function(tarn_library_settings target)
+  target_include_directories(${target}
+    PUBLIC  ${PROJECT_SOURCE_DIR}/include ${PROJECT_BINARY_DIR}/include
+    PRIVATE ${PROJECT_SOURCE_DIR})
+  # The objects go into tarn.dll: its exported names are marked dllexport.
+  target_compile_definitions(${target} PRIVATE tarn_EXPORTS)
+  if(WIN32)
+    target_compile_definitions(${target} PUBLIC
+      WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601 _CRT_SECURE_NO_WARNINGS)
+  endif()
+  if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wno-unused-parameter)
+  endif()
+  set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+endfunction()
+
+# Adds a GoogleTest executable that runs under ctest (under Wine when cross
+# compiling). Internal tests link the object libraries directly, so internal
+# helpers are testable without being exported.
+function(tarn_add_test name)
+  cmake_parse_arguments(T "DLL" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${T_SOURCES})
+  if(T_DLL)
+    target_link_libraries(${name} PRIVATE tarn GTest::gtest GTest::gtest_main ${T_LIBS})
+  else()
+    target_link_libraries(${name} PRIVATE tarn_test_support ${T_LIBS})
+  endif()
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/tests)
+  if(WIN32)
+    target_link_options(${name} PRIVATE -static-libgcc -static-libstdc++ -static)
+  endif()
+  add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
+  set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+endfunction()

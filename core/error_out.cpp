@@ -1,0 +1,43 @@
+#include "core/error_out.h"
+
+#include "core/platform.h"
+
+namespace tarn {
+namespace {
+// The network-management range (NERR_BASE to MAX_NERR), whose texts live in
+// "netmsg.dll" rather than in the system's table.
+constexpr DWORD kNetMessageFirst = 2100;
+constexpr DWORD kNetMessageLast = 2999;
+constexpr DWORD kUserDefaultLanguage = 0x400;  // MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT)
+}  // namespace
+
+DWORD FormatErrorMessage(DWORD code, char* buffer, DWORD size) {
+  PlatformCalls& platform = Platform();
+  HMODULE netmsg = nullptr;
+  DWORD flags = FORMAT_MESSAGE_FROM_SYSTEM;
+  if (code >= kNetMessageFirst && code <= kNetMessageLast) {
+    netmsg = platform.LoadLibraryExA("netmsg.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    if (netmsg) flags |= FORMAT_MESSAGE_FROM_HMODULE;
+  }
+  // No FORMAT_MESSAGE_IGNORE_INSERTS and no allocation: the text goes straight
+  // into the caller's buffer, untrimmed and uncut.
+  const DWORD count =
+      platform.FormatMessageA(flags, netmsg, code, kUserDefaultLanguage, buffer, size, nullptr);
+  if (netmsg) platform.FreeLibrary(netmsg);
+  return count;
+}
+
+ErrorOut::ErrorOut(DWORD* code, char* text, DWORD size) noexcept
+    : code_(code), text_(text), size_(size) {
+  if (code_) *code_ = 0;
+  // An empty buffer is not written at all; one holding text loses only its
+  // first character.
+  if (text_ && size_ > 0 && text_[0] != '\0') text_[0] = '\0';
+}
+
+void ErrorOut::Report(DWORD code) const {
+  if (code_) *code_ = code;
+  if (text_ && size_ != 0) FormatErrorMessage(code, text_, size_);
+}
+
+}  // namespace tarn

@@ -1,0 +1,15 @@
+// The commands of tarn.exe. Each takes the arguments after its name and
+// returns the process exit code.
+#ifndef TARN_TOOL_COMMANDS_H
+#define TARN_TOOL_COMMANDS_H
+
+int CmdPaths(int argc, char** argv);
+int CmdVersion(int argc, char** argv);
+
+struct Command {
+  const char* name;
+  const char* usage;
+  int (*run)(int argc, char** argv);
+};
+
+#endif  // TARN_TOOL_COMMANDS_H

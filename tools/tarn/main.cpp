@@ -1,0 +1,29 @@
+// tarn.exe: shows the library at work from the command line.
+#include <stdio.h>
+#include <string.h>
+
+#include "commands.h"
+
+namespace {
+
+const Command kCommands[] = {
+    {"version", "version [MODULE]        version resource of MODULE (tarn.dll by default)",
+     CmdVersion},
+    {"path", "path PATH...            path rules: valid, reserved, same drive as the first",
+     CmdPaths},
+};
+
+int Usage() {
+  fprintf(stderr, "usage: tarn COMMAND [ARGS]\n");
+  for (const Command& c : kCommands) fprintf(stderr, "  tarn %s\n", c.usage);
+  return 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) return Usage();
+  for (const Command& c : kCommands)
+    if (strcmp(argv[1], c.name) == 0) return c.run(argc - 2, argv + 2);
+  return Usage();
+}
