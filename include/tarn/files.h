@@ -68,4 +68,160 @@ TARN_API int TarnDriveIsEqual(const char* pszPath1, const char* pszPath2);
 // one platform call.
 TARN_API int TarnDeviceIsReady(const char* pszRoot);
 
+// ---------------------------------------------------------------------------
+// Files and directories. Every operation here ends with the error
+// out-parameters described in tarn/core.h (pdwError, pszError, cchError),
+// clears them on entry and, when a platform call fails, stores that call's
+// last error and its system text. A failure the library detects itself (a
+// null or empty path, a short transfer, an entry of the wrong kind) gives the
+// failure value with code 0 and an empty text. Paths are converted to UTF-16
+// in the thread's ANSI code page; a failed conversion throws
+// ATL::CAtlException. Handles returned belong to the caller.
+// ---------------------------------------------------------------------------
+
+// Opens or creates `pszPath` with CreateFileW. Note the argument order:
+// access, disposition, flags and attributes, share mode (the platform's order
+// is access, share, security, disposition, flags). No security attributes, no
+// template. Returns the file handle (close it with CloseHandle), or
+// INVALID_HANDLE_VALUE. Without a message buffer the thread's last error
+// after a failure is still the one the failed open left.
+TARN_API HANDLE TarnFileCreate(const char* pszPath, DWORD dwDesiredAccess,
+                               DWORD dwCreationDisposition, DWORD dwFlagsAndAttributes,
+                               DWORD dwShareMode, DWORD* pdwError, char* pszError,
+                               DWORD cchError);
+
+// The same operation as TarnFileCreate, in every respect.
+TARN_API HANDLE TarnFileOpen(const char* pszPath, DWORD dwDesiredAccess,
+                             DWORD dwCreationDisposition, DWORD dwFlagsAndAttributes,
+                             DWORD dwShareMode, DWORD* pdwError, char* pszError, DWORD cchError);
+
+// Reads exactly `dwCount` bytes at the file position: 1 when all of them came.
+// A read that stops early (end of file) returns 0 with code 0: the bytes read
+// are in `pBuffer` and the position has advanced past them, but their number
+// is not given back.
+TARN_API int TarnFileRead(HANDLE hFile, void* pBuffer, DWORD dwCount, DWORD* pdwError,
+                          char* pszError, DWORD cchError);
+
+// Writes exactly `dwCount` bytes at the file position: 1 when all were
+// written; fewer is 0 with code 0.
+TARN_API int TarnFileWrite(HANDLE hFile, const void* pBuffer, DWORD dwCount, DWORD* pdwError,
+                           char* pszError, DWORD cchError);
+
+// Moves the file position to the end of the file. 1 or 0.
+TARN_API int TarnFileSeekEnd(HANDLE hFile, DWORD* pdwError, char* pszError, DWORD cchError);
+
+// Moves the file position to `lPosition` bytes from the start (no high part:
+// a negative position fails with the platform's code). 1 or 0.
+TARN_API int TarnFileSeek(HANDLE hFile, LONG lPosition, DWORD* pdwError, char* pszError,
+                          DWORD cchError);
+
+// The low 32 bits of the file's size as a signed number, or -1 on failure.
+// Sizes of 2 GiB and more come back negative, and the high part is dropped:
+// 4 GiB + 10 bytes gives 10.
+TARN_API int TarnFileSize(HANDLE hFile, DWORD* pdwError, char* pszError, DWORD cchError);
+
+// The same for the file at `pszPath`, opened for reading (sharing reading and
+// writing) just for the query.
+TARN_API int TarnFileSize(const char* pszPath, DWORD* pdwError, char* pszError,
+                          DWORD cchError);
+
+// 1 if a file, not a directory, matches `pszPath` (wildcards allowed: the
+// first match decides). A directory gives 0 with code 0; nothing there gives
+// 0 with the search's code (such as ERROR_FILE_NOT_FOUND).
+TARN_API int TarnFileFind(const char* pszPath, DWORD* pdwError, char* pszError, DWORD cchError);
+
+// Makes the file or directory hidden by replacing its whole attribute set
+// with FILE_ATTRIBUTE_HIDDEN: read-only, system, archive and the rest are
+// cleared. An entry already hidden is left as it is. 1 or 0.
+TARN_API int TarnFileHide(const char* pszPath, DWORD* pdwError, char* pszError, DWORD cchError);
+
+// Moves a file (never a directory: 0 with code 0). On the same root
+// (TarnDriveIsEqual) it is renamed and an existing destination makes it fail
+// (ERROR_ALREADY_EXISTS); across roots it is copied over any existing
+// destination, then the source is deleted. When the copy succeeds and the
+// delete fails, both files remain and 0 is returned with the delete's code.
+TARN_API int TarnFileMove(const char* pszSource, const char* pszDestination, DWORD* pdwError,
+                          char* pszError, DWORD cchError);
+
+// Looks up the directory `pszPath`; one trailing backslash is ignored
+// ("D:\dir\" searches for "D:\dir"). Returns the open search handle when the
+// entry found is a directory (close it with FindClose); INVALID_HANDLE_VALUE
+// when nothing is found (with the search's code) or the entry is a file (code
+// 0). When an entry is found, *pFindData receives its attributes, times and
+// size, and its names converted to narrow text, cut to 259 and 13 bytes;
+// dwReserved0 and dwReserved1 are not written. After a failed search the
+// record's contents are unspecified. A null or empty path or a null record
+// gives INVALID_HANDLE_VALUE with code 0.
+TARN_API HANDLE TarnDirectoryFind(const char* pszPath, WIN32_FIND_DATAA* pFindData,
+                                  DWORD* pdwError, char* pszError, DWORD cchError);
+
+// 1 if `pszPath` names an existing directory (as TarnDirectoryFind), else 0
+// with what the search reported.
+TARN_API int TarnDirectoryExist(const char* pszPath, DWORD* pdwError, char* pszError,
+                                DWORD cchError);
+
+// Creates the directory `pszPath` and every missing directory above it.
+// Level by level: D:\a\b\c creates D:\a, D:\a\b, D:\a\b\c (\\srv\share\dir
+// tries \, \\srv and \\srv\share first). Only a failure of the last level
+// counts, and not when it exists already (as a directory or a file). Each
+// directory this call creates gets its attributes changed to
+// (current & ~dwClear) | dwSet when either is nonzero; directories that
+// existed are not touched. Returns 1 at once for a bare drive of up to three
+// bytes (D:, D:\); 0 with code 0 for null, a path under 2 bytes or a path
+// without a backslash.
+TARN_API int TarnDirectoryCreateAttr(const char* pszPath, DWORD dwSet, DWORD dwClear,
+                                     DWORD* pdwError, char* pszError, DWORD cchError);
+
+// TarnDirectoryCreateAttr without attribute changes.
+TARN_API int TarnDirectoryCreate(const char* pszPath, DWORD* pdwError, char* pszError,
+                                 DWORD cchError);
+
+// ---------------------------------------------------------------------------
+// Temporary files and known folders. Texts are copied into caller buffers
+// whose size (cch...) counts bytes, terminator included. None of these has
+// error out-parameters but TarnCreateTempFile.
+// ---------------------------------------------------------------------------
+
+// The directory for temporary files: TMP, else TEMP, each in its long form
+// when the path exists (as written otherwise, trailing backslash or not);
+// when neither is set, "<system directory>\~Temp", which is created. Repairs
+// the process environment: with only TEMP set, TMP is set to TEMP's value;
+// with neither, both are set to the "~Temp" directory. The buffer is zeroed,
+// then receives the path, cut to cchBuffer - 1 bytes. Returns the full length
+// of the path (a result >= cchBuffer means it was cut), 0 for a null buffer,
+// a size of 0 or no system directory. TEMP (when TMP is missing) is used for
+// TMP only up to 516 bytes; the long form must fit in 520 bytes.
+TARN_API DWORD TarnTempDirectory(char* pszBuffer, DWORD cchBuffer);
+
+// A fresh temporary file name from the runtime's _tempnam for `pszDirectory`
+// (at most 260 bytes of it; null: TarnTempDirectory) and `pszPrefix` (may be
+// null). _tempnam prefers the directory in TMP when that exists. No file is
+// created. The buffer is zeroed and receives the name cut to cchBuffer - 1
+// bytes; returns the name's full length, or 0 (null buffer, size 0, no name).
+TARN_API DWORD TarnTempFilename(char* pszBuffer, DWORD cchBuffer, const char* pszDirectory,
+                                const char* pszPrefix);
+
+// Creates a file under a name from TarnTempFilename with TarnFileCreate (same
+// argument order and reporting). When the name would be 260 bytes or more,
+// returns INVALID_HANDLE_VALUE without touching the error out-parameters, not
+// even clearing them. There is no retry: with CREATE_NEW an existing name
+// fails.
+TARN_API HANDLE TarnCreateTempFile(const char* pszDirectory, const char* pszPrefix,
+                                   DWORD dwDesiredAccess, DWORD dwCreationDisposition,
+                                   DWORD dwFlagsAndAttributes, DWORD dwShareMode,
+                                   DWORD* pdwError, char* pszError, DWORD cchError);
+
+// The directory of module `hModule` (null: the process's executable), without
+// a trailing backslash. 1 on success. 0 for INVALID_HANDLE_VALUE, a null
+// buffer or size 0, a module without a path, and a buffer too small for the
+// whole directory and its terminator; the buffer is then empty (when given).
+TARN_API int TarnGetModulePath(HINSTANCE hModule, char* pszBuffer, DWORD cchBuffer);
+
+// The path of the shell folder `nFolder` (a CSIDL value), created when
+// missing, always ending in a backslash. The buffer must hold MAX_PATH
+// characters: with fewer (or null) returns 0 and leaves it untouched. Returns
+// 0 when SHGetFolderPathA is found neither in Shell32.dll nor in SHFolder.dll
+// or the folder has neither a current nor a default path.
+TARN_API int TarnGetFolderPath(int nFolder, char* pszBuffer, DWORD cchBuffer);
+
 #endif  // TARN_FILES_H
