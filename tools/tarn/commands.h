@@ -5,6 +5,9 @@
 
 int CmdPaths(int argc, char** argv);
 int CmdVersion(int argc, char** argv);
+int CmdTemp(int argc, char** argv);    // cmd_files.cpp
+int CmdFolder(int argc, char** argv);  // cmd_files.cpp
+int CmdDir(int argc, char** argv);     // cmd_files.cpp
 
 struct Command {
   const char* name;

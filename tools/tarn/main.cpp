@@ -11,6 +11,11 @@ const Command kCommands[] = {
      CmdVersion},
     {"path", "path PATH...            path rules: valid, reserved, same drive as the first",
      CmdPaths},
+    {"temp", "temp [PREFIX]           temporary directory, a fresh name, module directories",
+     CmdTemp},
+    {"folder", "folder NAME|CSIDL...    known folders (appdata, documents, fonts, ... or numbers)",
+     CmdFolder},
+    {"dir", "dir DIR...              directory listing through TarnDirectoryFind", CmdDir},
 };
 
 int Usage() {
