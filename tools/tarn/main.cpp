@@ -7,7 +7,7 @@
 namespace {
 
 const Command kCommands[] = {
-    {"version", "version [MODULE]        version resource of MODULE (tarn.dll by default)",
+    {"version", "version [MODULE]        version values of MODULE (tarn.dll by default), the system",
      CmdVersion},
     {"path", "path PATH...            path rules: valid, reserved, same drive as the first",
      CmdPaths},
