@@ -3,6 +3,7 @@
 #ifndef TARN_TOOL_COMMANDS_H
 #define TARN_TOOL_COMMANDS_H
 
+int CmdAngle(int argc, char** argv);
 int CmdPaths(int argc, char** argv);
 int CmdVersion(int argc, char** argv);
 int CmdTemp(int argc, char** argv);    // cmd_files.cpp

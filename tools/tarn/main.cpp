@@ -16,6 +16,8 @@ const Command kCommands[] = {
     {"folder", "folder NAME|CSIDL...    known folders (appdata, documents, fonts, ... or numbers)",
      CmdFolder},
     {"dir", "dir DIR...              directory listing through TarnDirectoryFind", CmdDir},
+    {"angle", "angle VALUE UNIT        an angle in every unit and text form (rad, deg, gon, D:M:S dms)",
+     CmdAngle},
 };
 
 int Usage() {
