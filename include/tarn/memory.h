@@ -22,8 +22,9 @@
 // gives up its share of them without releasing them, so when it was their
 // last holder they stay allocated for the life of the process. Close the
 // target first when that is not wanted.
-// Holders of the same objects may live on different threads; everything
-// else about one object belongs to one thread at a time.
+// The count is interlocked: holders of the same objects may be copied,
+// closed and destroyed on different threads. Anything else (Open, ReMap,
+// the members) belongs to one thread at a time, across all holders.
 #ifndef TARN_MEMORY_H
 #define TARN_MEMORY_H
 
