@@ -81,6 +81,7 @@ void ExpectCutAtSize(const Query& query, int result, const std::string& text) {
 
 // Every text query of an object, by name.
 struct Queries {
+  using Getter = int (CTarnFileVersionInfo::*)(char*, DWORD);
   explicit Queries(CTarnFileVersionInfo& info) : info(info) {}
   CTarnFileVersionInfo& info;
   Query Value(const char* name, DWORD translation = 0) {
@@ -88,39 +89,20 @@ struct Queries {
       return info.QueryValue(b, n, name, translation);
     };
   }
-  Query Company() {
-    return [this](char* b, DWORD n) { return info.GetCompanyName(b, n); };
+  Query Get(Getter getter) {
+    return [this, getter](char* b, DWORD n) { return (info.*getter)(b, n); };
   }
-  Query Description() {
-    return [this](char* b, DWORD n) { return info.GetFileDescription(b, n); };
-  }
-  Query FileVersion() {
-    return [this](char* b, DWORD n) { return info.GetFileVersion(b, n); };
-  }
-  Query Internal() {
-    return [this](char* b, DWORD n) { return info.GetInternalName(b, n); };
-  }
-  Query Copyright() {
-    return [this](char* b, DWORD n) { return info.GetLegalCopyright(b, n); };
-  }
-  Query Original() {
-    return [this](char* b, DWORD n) { return info.GetOriginalFilename(b, n); };
-  }
-  Query Product() {
-    return [this](char* b, DWORD n) { return info.GetProductName(b, n); };
-  }
-  Query ProductVersion() {
-    return [this](char* b, DWORD n) { return info.GetProductVersion(b, n); };
-  }
-  Query Help() {
-    return [this](char* b, DWORD n) { return info.GetHelpFileName(b, n); };
-  }
-  Query FixedFile() {
-    return [this](char* b, DWORD n) { return info.GetFixedFileVersion(b, n); };
-  }
-  Query FixedProduct() {
-    return [this](char* b, DWORD n) { return info.GetFixedProductVersion(b, n); };
-  }
+  Query Company() { return Get(&CTarnFileVersionInfo::GetCompanyName); }
+  Query Description() { return Get(&CTarnFileVersionInfo::GetFileDescription); }
+  Query FileVersion() { return Get(&CTarnFileVersionInfo::GetFileVersion); }
+  Query Internal() { return Get(&CTarnFileVersionInfo::GetInternalName); }
+  Query Copyright() { return Get(&CTarnFileVersionInfo::GetLegalCopyright); }
+  Query Original() { return Get(&CTarnFileVersionInfo::GetOriginalFilename); }
+  Query Product() { return Get(&CTarnFileVersionInfo::GetProductName); }
+  Query ProductVersion() { return Get(&CTarnFileVersionInfo::GetProductVersion); }
+  Query Help() { return Get(&CTarnFileVersionInfo::GetHelpFileName); }
+  Query FixedFile() { return Get(&CTarnFileVersionInfo::GetFixedFileVersion); }
+  Query FixedProduct() { return Get(&CTarnFileVersionInfo::GetFixedProductVersion); }
 };
 
 // What a closed object answers to everything.
