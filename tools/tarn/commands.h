@@ -10,6 +10,10 @@ int CmdTemp(int argc, char** argv);    // cmd_files.cpp
 int CmdFolder(int argc, char** argv);  // cmd_files.cpp
 int CmdDir(int argc, char** argv);     // cmd_files.cpp
 
+int CmdDms(int argc, char** argv);    // cmd_numerics.cpp
+int CmdGccc(int argc, char** argv);   // cmd_numerics.cpp
+int CmdCrc32(int argc, char** argv);  // cmd_numerics.cpp
+
 struct Command {
   const char* name;
   const char* usage;

@@ -18,6 +18,11 @@ const Command kCommands[] = {
     {"dir", "dir DIR...              directory listing through TarnDirectoryFind", CmdDir},
     {"angle", "angle VALUE UNIT        an angle in every unit and text form (rad, deg, gon, D:M:S dms)",
      CmdAngle},
+    {"dms", "dms VALUE [deg|rad|dms [DECIMALS [WRAP]]]  packed DD.MMSS and parts of an angle",
+     CmdDms},
+    {"gccc", "gccc VALUE [gon|rad|gccc [DECIMALS [WRAP]]] packed GG.CCCC and parts of an angle",
+     CmdGccc},
+    {"crc32", "crc32 FILE...           CRC-32 of each file (zlib's checksum)", CmdCrc32},
 };
 
 int Usage() {
