@@ -14,17 +14,12 @@
 
 namespace {
 
+using files_test::Attributes;
 using files_test::ErrorOut;
+using files_test::IsDirectory;
 using files_test::NothingReported;
 using files_test::Reported;
 using tarn_test::ScratchDir;
-
-DWORD Attributes(const std::string& path) { return ::GetFileAttributesA(path.c_str()); }
-
-bool IsDirectory(const std::string& path) {
-  const DWORD attributes = Attributes(path);
-  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
-}
 
 bool IsHidden(const std::string& path) {
   const DWORD attributes = Attributes(path);
@@ -267,14 +262,23 @@ TEST(DirectoryCreateAttr, OnlyTheLastLevelCounts) {
   EXPECT_TRUE(Reported(err, ERROR_INVALID_NAME));
 
   // UNC: \, \\server and \\server\share are tried first and fail without
-  // effect; the share's last level reports the platform's own code.
-  const char* unc = "\\\\tarn-no-server\\share\\dir";
-  ::SetLastError(0);
-  ASSERT_FALSE(::CreateDirectoryA(unc, nullptr));
-  const DWORD uncCode = ::GetLastError();
-  EXPECT_EQ(TarnDirectoryCreateAttr(unc, FILE_ATTRIBUTE_HIDDEN, 0, ERR(err)), 0);
-  EXPECT_TRUE(Reported(err, uncCode));
-  EXPECT_FALSE(IsHidden("\\")) << "a level that failed keeps its attributes";
+  // effect; the share's last level reports the platform's own code. The
+  // current directory is on the test drive meanwhile, so that a fault could
+  // only touch that drive's root as "\".
+  {
+    char previous[MAX_PATH] = {};
+    ::GetCurrentDirectoryA(MAX_PATH, previous);
+    ASSERT_TRUE(::SetCurrentDirectoryA(dir.path().c_str()));
+    const char* unc = "\\\\tarn-no-server\\share\\dir";
+    ::SetLastError(0);
+    EXPECT_FALSE(::CreateDirectoryA(unc, nullptr));
+    const DWORD uncCode = ::GetLastError();
+    EXPECT_EQ(TarnDirectoryCreateAttr(unc, FILE_ATTRIBUTE_HIDDEN, 0, ERR(err)), 0);
+    EXPECT_TRUE(Reported(err, uncCode));
+    EXPECT_FALSE(IsHidden("\\")) << "a level that failed keeps its attributes";
+    ::SetFileAttributesA("\\", FILE_ATTRIBUTE_NORMAL);
+    ::SetCurrentDirectoryA(previous);
+  }
 
   // Bare drives succeed at once; bare names and short texts are refused.
   for (const char* drive : {"T:", "T:\\", "S:", "S:\\", "T:x"}) {

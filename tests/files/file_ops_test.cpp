@@ -14,14 +14,12 @@
 
 namespace {
 
+using files_test::Attributes;
 using files_test::ErrorOut;
+using files_test::Exists;
 using files_test::NothingReported;
 using files_test::Reported;
 using tarn_test::ScratchDir;
-
-DWORD Attributes(const std::string& path) { return ::GetFileAttributesA(path.c_str()); }
-
-bool Exists(const std::string& path) { return Attributes(path) != INVALID_FILE_ATTRIBUTES; }
 
 std::string ReadAll(const std::string& path) {
   std::string bytes;

@@ -19,6 +19,17 @@ struct ErrorOut {
   DWORD size = sizeof(text);
 };
 
+inline DWORD Attributes(const std::string& path) { return ::GetFileAttributesA(path.c_str()); }
+
+inline bool Exists(const std::string& path) {
+  return Attributes(path) != INVALID_FILE_ATTRIBUTES;
+}
+
+inline bool IsDirectory(const std::string& path) {
+  const DWORD attributes = Attributes(path);
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
 // The platform's own text for `code`, looked up independently.
 inline std::string SystemText(DWORD code) {
   char text[512] = {};

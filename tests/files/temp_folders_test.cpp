@@ -22,6 +22,7 @@
 namespace {
 
 using files_test::ErrorOut;
+using files_test::IsDirectory;
 using files_test::NothingReported;
 using files_test::Reported;
 using tarn_test::ScratchDir;
@@ -36,11 +37,6 @@ std::string PlatformVariable(const char* name) {
   char value[1024];
   const DWORD length = ::GetEnvironmentVariableA(name, value, sizeof(value));
   return length ? std::string(value, length) : "<unset>";
-}
-
-bool IsDirectory(const std::string& path) {
-  const DWORD attributes = ::GetFileAttributesA(path.c_str());
-  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
 // Sets a variable for one scope and puts the old value back.
@@ -383,6 +379,51 @@ TEST(GetFolderPath, KnownFoldersThroughShell32OrSHFolder) {
   EXPECT_EQ(TarnGetFolderPath(CSIDL_APPDATA, buffer, MAX_PATH), 0);
   tarn::testing::ResetPlatform();
   EXPECT_EQ(TarnGetFolderPath(CSIDL_APPDATA, buffer, MAX_PATH), 1);
+}
+
+// Points the user's "My Music" folder at a path that cannot be created (a
+// file stands in its way) for one scope, then puts the old value back.
+class BlockedMusicFolder {
+ public:
+  explicit BlockedMusicFolder(const std::string& blocked) {
+    ::RegOpenKeyExA(HKEY_CURRENT_USER,
+                    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders", 0,
+                    KEY_QUERY_VALUE | KEY_SET_VALUE, &key_);
+    had_ = ::RegQueryValueExA(key_, kValue, nullptr, &type_, reinterpret_cast<BYTE*>(old_),
+                              &size_) == ERROR_SUCCESS;
+    ::RegSetValueExA(key_, kValue, 0, REG_EXPAND_SZ, reinterpret_cast<const BYTE*>(blocked.c_str()),
+                     static_cast<DWORD>(blocked.size() + 1));
+  }
+  ~BlockedMusicFolder() {
+    if (had_)
+      ::RegSetValueExA(key_, kValue, 0, type_, reinterpret_cast<const BYTE*>(old_), size_);
+    else
+      ::RegDeleteValueA(key_, kValue);
+    ::RegCloseKey(key_);
+  }
+
+ private:
+  static constexpr const char* kValue = "My Music";
+  HKEY key_ = nullptr;
+  bool had_ = false;
+  DWORD type_ = 0;
+  char old_[1024] = {};
+  DWORD size_ = sizeof(old_);
+};
+
+TEST(GetFolderPath, DefaultPathWhenTheCurrentOneFails) {
+  ScratchDir dir;
+  tarn_test::WriteFile(dir / "blocker", "x");
+  BlockedMusicFolder blocked(dir / "blocker\\Music");
+  char path[MAX_PATH] = {};
+  ASSERT_NE(::SHGetFolderPathA(nullptr, CSIDL_MYMUSIC | CSIDL_FLAG_CREATE, nullptr,
+                               SHGFP_TYPE_CURRENT, path),
+            S_OK)
+      << "the current path was expected to fail";
+  ASSERT_EQ(::SHGetFolderPathA(nullptr, CSIDL_MYMUSIC, nullptr, SHGFP_TYPE_DEFAULT, path), S_OK);
+  char buffer[MAX_PATH];
+  EXPECT_EQ(TarnGetFolderPath(CSIDL_MYMUSIC, buffer, sizeof(buffer)), 1);
+  EXPECT_EQ(buffer, std::string(path) + "\\");
 }
 
 }  // namespace
