@@ -212,9 +212,10 @@ TARN_API HANDLE TarnCreateTempFile(const char* pszDirectory, const char* pszPref
                                    DWORD* pdwError, char* pszError, DWORD cchError);
 
 // The directory of module `hModule` (null: the process's executable), without
-// a trailing backslash. 1 on success. 0 for INVALID_HANDLE_VALUE, a null
-// buffer or size 0, a module without a path, and a buffer too small for the
-// whole directory and its terminator; the buffer is then empty (when given).
+// a trailing backslash. 1 on success. 0 with the buffer untouched for
+// INVALID_HANDLE_VALUE, a null buffer or size 0; 0 with an empty buffer for a
+// module without a path and for a buffer too small for the whole directory
+// and its terminator (nothing cut is handed out).
 TARN_API int TarnGetModulePath(HINSTANCE hModule, char* pszBuffer, DWORD cchBuffer);
 
 // The path of the shell folder `nFolder` (a CSIDL value), created when
