@@ -261,8 +261,9 @@ TARN_API double TarnK2C(double dKelvin);
 // The checksum is computed with the fastest way the processor and the system
 // offer, chosen at the first call: carry-less multiplication on 512-bit
 // vectors (VPCLMULQDQ with AVX-512), on 128-bit vectors (PCLMULQDQ), or
-// slicing by 8 bytes through tables; short inputs and the last bytes go
-// through the 256-entry byte table. All give the same results. The
+// slicing by 8 bytes through tables; inputs below 64 bytes and the last
+// bytes of longer ones go through the tables, the 256-entry byte table taking
+// what is left below 8 bytes. All give the same results. The
 // environment variable TARN_CRC32_PATH, read once at that first call, caps the
 // choice for tests and measurements: "table", "slice8", "pclmul" or "vpclmul"
 // (a way the processor lacks falls back to the next slower one; other values

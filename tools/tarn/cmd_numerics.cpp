@@ -13,96 +13,76 @@
 
 namespace {
 
-// VALUE [UNIT [DECIMALS [WRAP]]]: the decimals are those of the seconds (or
-// centi-centigon) shown; the packed number gets four more.
-struct AngleArgs {
-  double value;
-  const char* unit;
-  int decimals;
-  int wrap;
+using PartsFrom = void (*)(double value, int& sign, int& whole, int& minor, double& fine,
+                           int decimals, int wrap);
+using PackedFromParts = double (*)(int sign, int whole, int minor, double fine, int decimals,
+                                   int wrap);
+using FromParts = double (*)(int sign, int whole, int minor, double fine);
+
+// The converters of one packed notation and how tarn shows it.
+struct Notation {
+  const char* command;       // and the name of the packed unit
+  const char* unit;          // the decimal unit
+  const char* parts_format;  // sign character, whole, minor, width, decimals, fine
+  PartsFrom from_unit, from_rad, from_packed;
+  double (*rad_to_packed)(double rad, int decimals, int wrap);
+  PackedFromParts parts_to_packed;
+  FromParts parts_to_unit, parts_to_rad;
+  double (*packed_to_rad)(double packed);
 };
 
-bool ParseAngleArgs(int argc, char** argv, const char* default_unit, AngleArgs& args) {
-  if (argc < 1 || argc > 4) return false;
-  char* end = nullptr;
-  args.value = strtod(argv[0], &end);
-  if (end == argv[0] || *end) return false;
-  args.unit = argc > 1 ? argv[1] : default_unit;
-  args.decimals = argc > 2 ? atoi(argv[2]) : 2;
-  args.wrap = argc > 3 ? atoi(argv[3]) : 0;
-  return true;
-}
+const Notation kDms{"dms", "deg", "parts    %c%d deg %02d' %0*.*f\"\n",
+                    TarnDeg2DMS, TarnRad2DMS, TarnDMS2DMS,  // parts from deg, rad, packed
+                    TarnRad2DMS, TarnDMS2DMS,               // packed from rad, parts
+                    TarnDMS2Deg, TarnDMS2Rad, TarnDMS2Rad};
+const Notation kGccc{"gccc", "gon", "parts    %c%d g %02d c %0*.*f cc\n",
+                     TarnGrad2GCCC, TarnRad2GCCC, TarnGCCC2GCCC,  // parts from gon, rad, packed
+                     TarnRad2GCCC, TarnGCCC2GCCC,                 // packed from rad, parts
+                     TarnGCCC2Grad, TarnGCCC2Rad, TarnGCCC2Rad};
 
-void PrintParts(const char* format, int sign, int whole, int minor, double fine, int decimals) {
-  printf(format, sign < 0 ? '-' : '+', whole, minor, decimals < 0 ? 6 : decimals, fine);
+// VALUE [UNIT [DECIMALS [WRAP]]]: the decimals are those of the seconds (or
+// centi-centigon) shown; the packed number gets four more.
+int ShowPacked(const Notation& n, int argc, char** argv) {
+  char* end = nullptr;
+  const double value = argc >= 1 ? strtod(argv[0], &end) : 0;
+  if (argc < 1 || argc > 4 || end == argv[0] || *end) {
+    fprintf(stderr, "usage: tarn %s VALUE [%s|rad|%s [DECIMALS [WRAP]]]\n", n.command, n.unit,
+            n.command);
+    return 2;
+  }
+  const char* unit = argc > 1 ? argv[1] : n.unit;
+  const int decimals = argc > 2 ? atoi(argv[2]) : 2;
+  const int wrap = argc > 3 ? atoi(argv[3]) : 0;
+  const bool rad = strcmp(unit, "rad") == 0, packed = strcmp(unit, n.command) == 0;
+  if (!rad && !packed && strcmp(unit, n.unit) != 0) {
+    fprintf(stderr, "tarn %s: unknown unit %s (%s, rad or %s)\n", n.command, unit, n.unit,
+            n.command);
+    return 2;
+  }
+
+  int sign = 0, whole = 0, minor = 0;
+  double fine = 0;
+  (rad      ? n.from_rad
+   : packed ? n.from_packed
+            : n.from_unit)(value, sign, whole, minor, fine, decimals, wrap);
+  const int packed_decimals = decimals < 0 ? -1 : decimals + 4;
+  printf("input    %.15g %s\n", value, unit);
+  const int shown = decimals < 0 ? 6 : decimals;
+  printf(n.parts_format, sign < 0 ? '-' : '+', whole, minor, shown ? shown + 3 : 2, shown, fine);
+  printf("packed   %.*f\n", packed_decimals < 0 ? 10 : packed_decimals,
+         rad ? n.rad_to_packed(value, packed_decimals, wrap)
+             : n.parts_to_packed(sign, whole, minor, fine, packed_decimals, wrap));
+  printf("%-8s %.15g\n", n.unit, n.parts_to_unit(sign, whole, minor, fine));
+  printf("radians  %.15g\n",
+         packed ? n.packed_to_rad(value) : n.parts_to_rad(sign, whole, minor, fine));
+  return 0;
 }
 
 }  // namespace
 
-int CmdDms(int argc, char** argv) {
-  AngleArgs a{};
-  if (!ParseAngleArgs(argc, argv, "deg", a)) {
-    fprintf(stderr, "usage: tarn dms VALUE [deg|rad|dms [DECIMALS [WRAP]]]\n");
-    return 2;
-  }
-  int sign = 0, degrees = 0, minutes = 0;
-  double seconds = 0;
-  if (strcmp(a.unit, "deg") == 0) {
-    TarnDeg2DMS(a.value, sign, degrees, minutes, seconds, a.decimals, a.wrap);
-  } else if (strcmp(a.unit, "rad") == 0) {
-    TarnRad2DMS(a.value, sign, degrees, minutes, seconds, a.decimals, a.wrap);
-  } else if (strcmp(a.unit, "dms") == 0) {
-    TarnDMS2DMS(a.value, sign, degrees, minutes, seconds, a.decimals, a.wrap);
-  } else {
-    fprintf(stderr, "tarn dms: unknown unit %s (deg, rad or dms)\n", a.unit);
-    return 2;
-  }
-  const int packed_decimals = a.decimals < 0 ? -1 : a.decimals + 4;
-  const double packed = strcmp(a.unit, "rad") == 0
-                            ? TarnRad2DMS(a.value, packed_decimals, a.wrap)
-                            : TarnDMS2DMS(sign, degrees, minutes, seconds, packed_decimals, a.wrap);
-  printf("input    %.15g %s\n", a.value, a.unit);
-  PrintParts("parts    %c%d deg %02d' %.*f\"\n", sign, degrees, minutes, seconds, a.decimals);
-  printf("packed   %.*f\n", packed_decimals < 0 ? 10 : packed_decimals, packed);
-  printf("degrees  %.15g\n", TarnDMS2Deg(sign, degrees, minutes, seconds));
-  printf("radians  %.15g\n", strcmp(a.unit, "dms") == 0
-                                 ? TarnDMS2Rad(a.value)
-                                 : TarnDMS2Rad(sign, degrees, minutes, seconds));
-  return 0;
-}
+int CmdDms(int argc, char** argv) { return ShowPacked(kDms, argc, argv); }
 
-int CmdGccc(int argc, char** argv) {
-  AngleArgs a{};
-  if (!ParseAngleArgs(argc, argv, "gon", a)) {
-    fprintf(stderr, "usage: tarn gccc VALUE [gon|rad|gccc [DECIMALS [WRAP]]]\n");
-    return 2;
-  }
-  int sign = 0, gon = 0, centigon = 0;
-  double centi_centigon = 0;
-  if (strcmp(a.unit, "gon") == 0) {
-    TarnGrad2GCCC(a.value, sign, gon, centigon, centi_centigon, a.decimals, a.wrap);
-  } else if (strcmp(a.unit, "rad") == 0) {
-    TarnRad2GCCC(a.value, sign, gon, centigon, centi_centigon, a.decimals, a.wrap);
-  } else if (strcmp(a.unit, "gccc") == 0) {
-    TarnGCCC2GCCC(a.value, sign, gon, centigon, centi_centigon, a.decimals, a.wrap);
-  } else {
-    fprintf(stderr, "tarn gccc: unknown unit %s (gon, rad or gccc)\n", a.unit);
-    return 2;
-  }
-  const int packed_decimals = a.decimals < 0 ? -1 : a.decimals + 4;
-  const double packed =
-      strcmp(a.unit, "rad") == 0
-          ? TarnRad2GCCC(a.value, packed_decimals, a.wrap)
-          : TarnGCCC2GCCC(sign, gon, centigon, centi_centigon, packed_decimals, a.wrap);
-  printf("input    %.15g %s\n", a.value, a.unit);
-  PrintParts("parts    %c%d g %02d c %.*f cc\n", sign, gon, centigon, centi_centigon, a.decimals);
-  printf("packed   %.*f\n", packed_decimals < 0 ? 10 : packed_decimals, packed);
-  printf("gon      %.15g\n", TarnGCCC2Grad(sign, gon, centigon, centi_centigon));
-  printf("radians  %.15g\n", strcmp(a.unit, "gccc") == 0
-                                 ? TarnGCCC2Rad(a.value)
-                                 : TarnGCCC2Rad(sign, gon, centigon, centi_centigon));
-  return 0;
-}
+int CmdGccc(int argc, char** argv) { return ShowPacked(kGccc, argc, argv); }
 
 int CmdCrc32(int argc, char** argv) {
   if (argc < 1) {
