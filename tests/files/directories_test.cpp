@@ -128,6 +128,20 @@ TEST(DirectoryFind, LongNamesAndPaths) {
   EXPECT_EQ(record.cFileName, std::string(100, 'd'));
 }
 
+std::string In932(const std::wstring& text) {
+  char narrow[600] = {};
+  ::WideCharToMultiByte(932, 0, text.c_str(), -1, narrow, sizeof(narrow), nullptr, nullptr);
+  return narrow;
+}
+
+// The narrow record made from `wide`, over a record filled with 0x5A bytes.
+WIN32_FIND_DATAA Transferred(const WIN32_FIND_DATAW& wide) {
+  WIN32_FIND_DATAA narrow;
+  memset(&narrow, 0x5A, sizeof(narrow));
+  tarn::CopyFindRecord(wide, &narrow);
+  return narrow;
+}
+
 TEST(FindRecord, NamesAreCutAtTheirFields) {
   JapaneseCodePage japanese;
   WIN32_FIND_DATAW wide = {};
@@ -152,14 +166,10 @@ TEST(FindRecord, NamesAreCutAtTheirFields) {
   };
   for (const Case& c : names) {
     wcscpy(wide.cFileName, c.name.c_str());
-    WIN32_FIND_DATAA narrow;
-    memset(&narrow, 0x5A, sizeof(narrow));
-    tarn::CopyFindRecord(wide, &narrow);
-    char expected[600] = {};
-    ::WideCharToMultiByte(932, 0, c.name.c_str(), -1, expected, sizeof(expected), nullptr,
-                          nullptr);
-    ASSERT_EQ(strlen(expected), c.narrowBytes);
-    EXPECT_EQ(std::string(narrow.cFileName), std::string(expected, c.kept)) << c.narrowBytes;
+    const WIN32_FIND_DATAA narrow = Transferred(wide);
+    const std::string expected = In932(c.name);
+    ASSERT_EQ(expected.size(), c.narrowBytes);
+    EXPECT_EQ(narrow.cFileName, expected.substr(0, c.kept)) << c.narrowBytes;
     EXPECT_EQ(narrow.dwFileAttributes, 0x1234u);
     EXPECT_EQ(narrow.ftCreationTime.dwLowDateTime, 1u);
     EXPECT_EQ(narrow.ftCreationTime.dwHighDateTime, 2u);
@@ -180,15 +190,10 @@ TEST(FindRecord, NamesAreCutAtTheirFields) {
   };
   for (const Case& c : alternates) {
     wcscpy(wide.cAlternateFileName, c.name.c_str());
-    WIN32_FIND_DATAA narrow;
-    memset(&narrow, 0x5A, sizeof(narrow));
-    tarn::CopyFindRecord(wide, &narrow);
-    char expected[32] = {};
-    ::WideCharToMultiByte(932, 0, c.name.c_str(), -1, expected, sizeof(expected), nullptr,
-                          nullptr);
-    ASSERT_EQ(strlen(expected), c.narrowBytes);
-    EXPECT_EQ(std::string(narrow.cAlternateFileName), std::string(expected, c.kept))
-        << c.narrowBytes;
+    const WIN32_FIND_DATAA narrow = Transferred(wide);
+    const std::string expected = In932(c.name);
+    ASSERT_EQ(expected.size(), c.narrowBytes);
+    EXPECT_EQ(narrow.cAlternateFileName, expected.substr(0, c.kept)) << c.narrowBytes;
   }
 }
 
