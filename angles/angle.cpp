@@ -1,6 +1,7 @@
 #include <math.h>
 
 #include "angles/angle_fields.h"
+#include "angles/packed_rules.h"
 #include "tarn/angles.h"
 
 namespace tarn {
@@ -53,7 +54,7 @@ DmsFields SplitDegrees(double a) {
 
 void CarrySeconds(DmsFields& f, bool negative, int decimals) {
   if (decimals < 0) return;
-  if (!(fabs(f.seconds) + 0.5 * pow(10.0, -decimals) > kCarryThreshold)) return;
+  if (!(fabs(f.seconds) + 0.5 * tarn::packed::DecimalStep(decimals) > kCarryThreshold)) return;
   f.seconds = 0.0;
   if (f.degrees != 0) {
     // Minutes are a magnitude here.

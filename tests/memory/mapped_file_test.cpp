@@ -8,13 +8,12 @@
 
 #include <string>
 
-#include "open_handles.h"
 #include "support/wine_env.h"
 #include "tarn/memory.h"
 
 namespace {
 
-using tarn_test::OpenHandles;
+using tarn_test::HandleCount;
 using tarn_test::ScratchDir;
 
 constexpr char kEmptyFileText[] = "Cannot create filemapping for files with size 0";
@@ -61,7 +60,7 @@ TEST(MmFile, ReadModeMapsTheWholeFileAndCloseReleasesIt) {
   const std::string path = dir / "data.bin";
   const std::string bytes = Pattern(10000);
   tarn_test::WriteFile(path, bytes);
-  const DWORD handles = OpenHandles();
+  const DWORD handles = HandleCount();
 
   CTarnMmFile file;
   DWORD code = 7;
@@ -79,7 +78,7 @@ TEST(MmFile, ReadModeMapsTheWholeFileAndCloseReleasesIt) {
   EXPECT_EQ(std::string(file.m_pszFilename), path);
   EXPECT_NE(file.m_hFile, INVALID_HANDLE_VALUE);
   EXPECT_NE(file.m_hMapping, nullptr);
-  EXPECT_EQ(OpenHandles(), handles + 2) << "file and mapping";
+  EXPECT_EQ(HandleCount(), handles + 2) << "file and mapping";
   DWORD high = 7;
   EXPECT_EQ(file.Size(&high), 10000u);
   EXPECT_EQ(high, 0u);
@@ -95,13 +94,13 @@ TEST(MmFile, ReadModeMapsTheWholeFileAndCloseReleasesIt) {
   if (writer != INVALID_HANDLE_VALUE) ::CloseHandle(writer);
 
   file.Close();
-  EXPECT_EQ(OpenHandles(), handles);
+  EXPECT_EQ(HandleCount(), handles);
   EXPECT_FALSE(IsMapped(view));
   EXPECT_EQ(file.m_nOpenmode, 0);
   EXPECT_EQ(file.m_pszFilename, nullptr);
   EXPECT_EQ(file.Size(&high), 10000u) << "the size outlives Close";
   file.Close();
-  EXPECT_EQ(OpenHandles(), handles);
+  EXPECT_EQ(HandleCount(), handles);
   EXPECT_TRUE(::DeleteFileA(path.c_str()));
 }
 
@@ -118,7 +117,7 @@ TEST(MmFile, ReadWriteModeWritesThroughAndLocksOthersOut) {
     EXPECT_EQ(Query(view).Protect, static_cast<DWORD>(PAGE_READWRITE));
     memcpy(view + 4990, "0123456789", 10);
 
-    const DWORD handles = OpenHandles();
+    const DWORD handles = HandleCount();
     CTarnMmFile second;
     DWORD code = 0;
     char text[256] = "";
@@ -127,7 +126,7 @@ TEST(MmFile, ReadWriteModeWritesThroughAndLocksOthersOut) {
     EXPECT_EQ(code, static_cast<DWORD>(ERROR_SHARING_VIOLATION));
     EXPECT_STRNE(text, "");
     EXPECT_EQ(second.m_nOpenmode, 0);
-    EXPECT_EQ(OpenHandles(), handles);
+    EXPECT_EQ(HandleCount(), handles);
     ULONGLONG length = 99;
     EXPECT_EQ(second.Open(CTarnMmFile::eOpenReadWrite, path.c_str(), length, &code, nullptr, 0),
               nullptr);
@@ -144,7 +143,7 @@ TEST(MmFile, EmptyFileFailsWithItsOwnCodeAndText) {
   ScratchDir dir;
   const std::string path = dir / "empty.bin";
   tarn_test::WriteFile(path, "");
-  const DWORD handles = OpenHandles();
+  const DWORD handles = HandleCount();
   const size_t length = strlen(kEmptyFileText);
   for (auto mode : {CTarnMmFile::eOpenRead, CTarnMmFile::eOpenReadWrite}) {
     CTarnMmFile file;
@@ -161,7 +160,7 @@ TEST(MmFile, EmptyFileFailsWithItsOwnCodeAndText) {
     EXPECT_EQ(file.Open(mode, path.c_str(), mapped, &code, nullptr, 0), nullptr);
     EXPECT_EQ(code, 0xFFFFFFFFu);
     EXPECT_EQ(mapped, 0u);
-    EXPECT_EQ(OpenHandles(), handles) << "nothing left open";
+    EXPECT_EQ(HandleCount(), handles) << "nothing left open";
     // A text to the exact size of the buffer: cut to size - 1, terminated.
     for (size_t size : {length, length + 1, length + 2}) {
       char cut[64];
@@ -203,7 +202,7 @@ TEST(MmFile, MissingFileBadModeAndSecondOpen) {
   unsigned char* view = file.Open(CTarnMmFile::eOpenRead, path.c_str(), length, &code, nullptr, 0);
   ASSERT_NE(view, nullptr);
   EXPECT_EQ(length, 3000u) << "the sized form reports the whole file";
-  const DWORD handles = OpenHandles();
+  const DWORD handles = HandleCount();
   const char* name = file.m_pszFilename;
   const std::string other = dir / "other.bin";
   tarn_test::WriteFile(other, Pattern(100));
@@ -215,7 +214,7 @@ TEST(MmFile, MissingFileBadModeAndSecondOpen) {
   EXPECT_EQ(code, 0u);
   EXPECT_STREQ(text, "");
   EXPECT_EQ(length, 0u);
-  EXPECT_EQ(OpenHandles(), handles) << "the second file is not opened";
+  EXPECT_EQ(HandleCount(), handles) << "the second file is not opened";
   EXPECT_EQ(file.m_pView, view);
   EXPECT_EQ(file.m_pszFilename, name);
   EXPECT_EQ(file.Size(nullptr), 3000u);
@@ -287,9 +286,9 @@ TEST(MmFile, ReMapRoundsTheOffsetAndCutsTheLength) {
   EXPECT_EQ(length, 200000u - 196608u);
   EXPECT_EQ(view[200000 - 196608 - 1], static_cast<unsigned char>(bytes[199999]));
 
-  const DWORD handles = OpenHandles();
+  const DWORD handles = HandleCount();
   file.Close();
-  EXPECT_EQ(OpenHandles(), handles - 2);
+  EXPECT_EQ(HandleCount(), handles - 2);
   EXPECT_FALSE(IsMapped(view)) << "Close unmaps the remapped view";
   offset = 0;
   length = 0;
@@ -361,7 +360,7 @@ TEST(MmFile, CopiesReleaseEverythingOnceInEitherOrder) {
   const std::string path = dir / "data.bin";
   const std::string bytes = Pattern(150000);
   tarn_test::WriteFile(path, bytes);
-  const DWORD handles = OpenHandles();
+  const DWORD handles = HandleCount();
   {
     CTarnMmFile source;
     unsigned char* view = source.Open(CTarnMmFile::eOpenRead, path.c_str(), nullptr, nullptr, 0);
@@ -374,11 +373,11 @@ TEST(MmFile, CopiesReleaseEverythingOnceInEitherOrder) {
       EXPECT_EQ(copy.m_pszFilename, source.m_pszFilename);
       EXPECT_EQ(copy.Size(nullptr), 150000u);
       source.Close();
-      EXPECT_EQ(OpenHandles(), handles + 2) << "the copy still holds both";
+      EXPECT_EQ(HandleCount(), handles + 2) << "the copy still holds both";
       EXPECT_TRUE(SameBytes(copy.m_pView, bytes, 0, bytes.size()));
       EXPECT_EQ(std::string(copy.m_pszFilename), path);
     }
-    EXPECT_EQ(OpenHandles(), handles);
+    EXPECT_EQ(HandleCount(), handles);
     EXPECT_FALSE(IsMapped(view));
   }
   {
@@ -393,10 +392,10 @@ TEST(MmFile, CopiesReleaseEverythingOnceInEitherOrder) {
       assigned = assigned;
       copy.Close();
       assigned.Close();
-      EXPECT_EQ(OpenHandles(), handles + 2);
+      EXPECT_EQ(HandleCount(), handles + 2);
       EXPECT_TRUE(SameBytes(source.m_pView, bytes, 0, bytes.size()));
     }
-    EXPECT_EQ(OpenHandles(), handles);
+    EXPECT_EQ(HandleCount(), handles);
     EXPECT_FALSE(IsMapped(view));
   }
   {
@@ -416,7 +415,7 @@ TEST(MmFile, CopiesReleaseEverythingOnceInEitherOrder) {
     EXPECT_TRUE(SameBytes(remapped, bytes, 65536, 150000 - 65536));
     source.Close();
     EXPECT_FALSE(IsMapped(remapped));
-    EXPECT_EQ(OpenHandles(), handles);
+    EXPECT_EQ(HandleCount(), handles);
   }
 }
 

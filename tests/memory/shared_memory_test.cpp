@@ -8,13 +8,12 @@
 
 #include <string>
 
-#include "open_handles.h"
 #include "support/wine_env.h"
 #include "tarn/memory.h"
 
 namespace {
 
-using tarn_test::OpenHandles;
+using tarn_test::HandleCount;
 
 // A name of this test process's own.
 std::string UniqueName(const char* what) {
@@ -25,7 +24,7 @@ std::string UniqueName(const char* what) {
 // named objects that it keeps for the rest of the process.
 DWORD Baseline() {
   CTarnSharedMemory().Exist("tarn-test-warm-up");
-  return OpenHandles();
+  return HandleCount();
 }
 
 bool AllZero(const unsigned char* p, DWORD size) {
@@ -55,7 +54,7 @@ TEST(SharedMemory, CreateOpenAndTheNameInUse) {
   EXPECT_EQ(creator.m_nState, 2);
   EXPECT_STREQ(creator.m_szName, name.c_str());
   EXPECT_EQ(static_cast<unsigned char*>(creator), created);
-  EXPECT_EQ(OpenHandles(), handles + 1) << "the mapping";
+  EXPECT_EQ(HandleCount(), handles + 1) << "the mapping";
 
   CTarnSharedMemory opener;
   unsigned char* opened = opener.Open(name.c_str(), &code, text, sizeof(text));
@@ -71,14 +70,14 @@ TEST(SharedMemory, CreateOpenAndTheNameInUse) {
 
   // The name in use: refused without a code, the probe handle closed.
   CTarnSharedMemory again;
-  const DWORD before = OpenHandles();
+  const DWORD before = HandleCount();
   code = 7;
   strcpy(text, "old");
   EXPECT_EQ(again.Create(name.c_str(), 4096, &code, text, sizeof(text)), nullptr);
   EXPECT_EQ(code, 0u);
   EXPECT_STREQ(text, "");
   EXPECT_EQ(again.m_nState, 0);
-  EXPECT_EQ(OpenHandles(), before);
+  EXPECT_EQ(HandleCount(), before);
 
   // Held objects refuse a second block and keep the first.
   code = 7;
@@ -104,7 +103,7 @@ TEST(SharedMemory, CreateOpenAndTheNameInUse) {
   EXPECT_EQ(opened[4095], 0x77);
   opener.Close();
   EXPECT_EQ(again.Exist(name.c_str()), 0);
-  EXPECT_EQ(OpenHandles(), handles);
+  EXPECT_EQ(HandleCount(), handles);
 
   // Once gone, the name is free again, and the new block is a new one.
   unsigned char* fresh = again.Create(name.c_str(), 8192, nullptr, nullptr, 0);
@@ -139,7 +138,7 @@ TEST(SharedMemory, FailuresReportThePlatformCode) {
   EXPECT_EQ(block.Create(nullptr, 300, &code, nullptr, 0), nullptr);
   EXPECT_EQ(code, 0u);
   EXPECT_EQ(block.Size(), 100u) << "a null name is refused before anything";
-  EXPECT_EQ(OpenHandles(), handles);
+  EXPECT_EQ(HandleCount(), handles);
 }
 
 TEST(SharedMemory, LongestNameFitsTheMember) {
@@ -226,11 +225,11 @@ TEST(SharedMemory, CopiesReleaseTheBlockOnceInEitherOrder) {
       EXPECT_EQ(copy.Size(), 4096u);
       EXPECT_STREQ(copy.m_szName, name.c_str());
       source.Close();
-      EXPECT_EQ(OpenHandles(), handles + 1);
+      EXPECT_EQ(HandleCount(), handles + 1);
       EXPECT_EQ(source.Exist(name.c_str()), 1);
       view[10] = 1;
     }
-    EXPECT_EQ(OpenHandles(), handles);
+    EXPECT_EQ(HandleCount(), handles);
     EXPECT_EQ(source.Exist(name.c_str()), 0);
     EXPECT_FALSE(IsMapped(view));
   }
@@ -247,11 +246,11 @@ TEST(SharedMemory, CopiesReleaseTheBlockOnceInEitherOrder) {
       EXPECT_EQ(static_cast<unsigned char*>(assigned), view);
       copy.Close();
       assigned.Close();
-      EXPECT_EQ(OpenHandles(), handles + 1);
+      EXPECT_EQ(HandleCount(), handles + 1);
       EXPECT_EQ(source.Exist(name.c_str()), 1);
       EXPECT_EQ(view[0], 0);
     }
-    EXPECT_EQ(OpenHandles(), handles);
+    EXPECT_EQ(HandleCount(), handles);
     EXPECT_FALSE(IsMapped(view));
   }
 }

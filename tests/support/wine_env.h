@@ -40,7 +40,9 @@ bool RemoveTree(const std::string& path);
 // Writes `bytes` to a new file (replacing an old one).
 void WriteFile(const std::string& path, const std::string& bytes);
 
-// The number of handles the process holds (GetProcessHandleCount).
+// The number of handles the process holds: GetProcessHandleCount where it
+// answers; Wine's answers 0 whatever is open, so there the process's entries
+// in the system's handle table (NtQuerySystemInformation) are counted.
 DWORD HandleCount();
 
 }  // namespace tarn_test
