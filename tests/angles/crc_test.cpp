@@ -23,46 +23,22 @@ std::vector<unsigned char> RandomBytes(std::size_t size, unsigned seed) {
   return bytes;
 }
 
-// The reference: the byte table over the public register convention.
-std::uint32_t Reference(const unsigned char* data, std::size_t size, std::uint32_t crc = 0) {
-  return ~tarn::crc32::UpdateByTable(~crc, data, size);
-}
-
-TEST(CrcTable, IsTheStandardTable) {
-  const auto& table = tarn::crc32::kTables.row[0];
-  EXPECT_EQ(table[0], 0u);
-  EXPECT_EQ(table[1], 0x77073096u);
-  EXPECT_EQ(table[2], 0xEE0E612Cu);
-  EXPECT_EQ(table[128], 0xEDB88320u);
-  EXPECT_EQ(table[255], 0x2D02EF8Du);
-  // Row k: a byte followed by k zero bytes.
-  for (int b : {1, 0x5A, 0xFF}) {
-    std::uint32_t reg = table[b];
-    for (int k = 1; k < 8; ++k) {
-      reg = table[reg & 0xFF] ^ (reg >> 8);
-      EXPECT_EQ(tarn::crc32::kTables.row[k][b], reg) << "row " << k << " byte " << b;
-    }
-  }
-}
-
-TEST(CrcPublic, PublishedCheckValues) {
+// The public functions run once per path (TARN_CRC32_PATH, see CMakeLists).
+TEST(CrcPublic, CheckValuesAndChaining) {
+  EXPECT_EQ(tarn::crc32::kTables.row[0][1], 0x77073096u);
   EXPECT_EQ(TarnCrcMemory("123456789", 9, 0), 0xCBF43926u);
   EXPECT_EQ(TarnCrcMemory("abc", 3, 0), 0x352441C2u);
-  EXPECT_EQ(TarnCrcMemory("The quick brown fox jumps over the lazy dog", 43, 0), 0x414FA339u);
   EXPECT_EQ(TarnCrcString("123456789", 0), 0xCBF43926u);
   // 1 MiB of zeros and of 0xFF (values of zlib's crc32).
   const std::vector<unsigned char> zeros(1 << 20, 0), ones(1 << 20, 0xFF);
   EXPECT_EQ(TarnCrcMemory(zeros.data(), 1 << 20, 0), 0xA738EA1Cu);
   EXPECT_EQ(TarnCrcMemory(ones.data(), 1 << 20, 0), 0x956BAC74u);
-}
 
-TEST(CrcPublic, ContinuesOverConcatenatedData) {
   EXPECT_EQ(TarnCrcMemory("6789", 4, TarnCrcMemory("12345", 5, 0)), 0xCBF43926u);
   EXPECT_EQ(TarnCrcString("6789", TarnCrcString("12345", 0)), 0xCBF43926u);
-
   // Random splits, small pieces and pieces that reach every vector loop.
   const std::vector<unsigned char> data = RandomBytes(3 << 20, 1);
-  const std::uint32_t whole = Reference(data.data(), data.size());
+  const std::uint32_t whole = ~tarn::crc32::UpdateByTable(~0u, data.data(), data.size());
   std::mt19937 random(2);
   for (int round = 0; round < 4; ++round) {
     std::uint32_t crc = 0;
@@ -76,46 +52,32 @@ TEST(CrcPublic, ContinuesOverConcatenatedData) {
   }
 }
 
-TEST(CrcPublic, LengthZeroOrBelowReturnsTheCrcArgument) {
+TEST(CrcPublic, EmptyAndText) {
   EXPECT_EQ(TarnCrcMemory("abc", 0, 0xDEADBEEFu), 0xDEADBEEFu);
   EXPECT_EQ(TarnCrcMemory("abc", -1, 0xDEADBEEFu), 0xDEADBEEFu);
   EXPECT_EQ(TarnCrcMemory(nullptr, -2147483647 - 1, 7u), 7u);
-  EXPECT_EQ(TarnCrcMemory(nullptr, 0, 0u), 0u);
   EXPECT_EQ(TarnCrcString("", 7u), 7u);
   EXPECT_EQ(TarnCrcString(nullptr, 7u), 7u);
-}
-
-TEST(CrcPublic, TextBytesAreUnsignedAndEndAtTheTerminator) {
-  const char text[] = "\xE4\xF6\xFC\x80\xFF tail";
-  EXPECT_EQ(TarnCrcString(text, 0), Reference(reinterpret_cast<const unsigned char*>(text), 10));
-  const char stops[] = "ab\0cd";
-  EXPECT_EQ(TarnCrcString(stops, 0), TarnCrcMemory("ab", 2, 0));
-  EXPECT_NE(TarnCrcMemory(stops, 5, 0), TarnCrcMemory("ab", 2, 0));
+  // Bytes are unsigned and end at the terminator.
+  const unsigned char bytes[] = "\xE4\xF6\xFC\x80\xFF tail";
+  EXPECT_EQ(TarnCrcString(reinterpret_cast<const char*>(bytes), 0),
+            ~tarn::crc32::UpdateByTable(~0u, bytes, 10));
+  EXPECT_EQ(TarnCrcString("ab\0cd", 0), TarnCrcMemory("ab", 2, 0));
 }
 
 TEST(CrcDispatch, SettingCapsThePath) {
   using tarn::crc32::PathFromSetting;
   EXPECT_EQ(PathFromSetting(nullptr, Path::kVpclmul), Path::kVpclmul);
   EXPECT_EQ(PathFromSetting("table", Path::kVpclmul), Path::kTable);
-  EXPECT_EQ(PathFromSetting("slice8", Path::kVpclmul), Path::kSlice8);
   EXPECT_EQ(PathFromSetting("pclmul", Path::kVpclmul), Path::kPclmul);
-  EXPECT_EQ(PathFromSetting("vpclmul", Path::kVpclmul), Path::kVpclmul);
-  // Never a path faster than the machine's best.
+  // Never a path faster than the machine's best; unknown values are ignored.
   EXPECT_EQ(PathFromSetting("vpclmul", Path::kPclmul), Path::kPclmul);
-  EXPECT_EQ(PathFromSetting("pclmul", Path::kSlice8), Path::kSlice8);
-  // Unknown values are ignored.
-  EXPECT_EQ(PathFromSetting("", Path::kPclmul), Path::kPclmul);
-  EXPECT_EQ(PathFromSetting("PCLMUL", Path::kPclmul), Path::kPclmul);
-  EXPECT_EQ(PathFromSetting("table ", Path::kPclmul), Path::kPclmul);
-}
+  EXPECT_EQ(PathFromSetting("PCLMUL", Path::kSlice8), Path::kSlice8);
 
-TEST(CrcDispatch, ActivePathFollowsTheEnvironment) {
   const Path best = tarn::crc32::BestPath();
   const char* setting = std::getenv("TARN_CRC32_PATH");
-  EXPECT_EQ(tarn::crc32::ActivePath(), tarn::crc32::PathFromSetting(setting, best))
+  EXPECT_EQ(tarn::crc32::ActivePath(), PathFromSetting(setting, best))
       << "TARN_CRC32_PATH=" << (setting ? setting : "(not set)");
-  for (Path path : {Path::kTable, Path::kSlice8, Path::kPclmul, Path::kVpclmul})
-    if (path <= best) EXPECT_NE(tarn::crc32::UpdateFor(path), nullptr) << PathName(path);
   std::printf("CRC-32 path: %s (best %s)\n", PathName(tarn::crc32::ActivePath()), PathName(best));
 }
 
@@ -169,22 +131,6 @@ TEST_P(CrcPath, RandomLengthsUpTo16MiB) {
     reg = tarn::crc32::UpdateByTable(reg, data.data() + done, length - done);
     done = length;
     ASSERT_EQ(update_(~0u, data.data(), length), reg) << "length " << length;
-  }
-}
-
-TEST_P(CrcPath, ChainedCallsOfRandomSizes) {
-  const std::vector<unsigned char> data = RandomBytes(1 << 20, 6);
-  const std::uint32_t whole = tarn::crc32::UpdateByTable(~0u, data.data(), data.size());
-  std::mt19937 random(7);
-  for (int round = 0; round < 8; ++round) {
-    std::uint32_t reg = ~0u;
-    for (std::size_t at = 0; at < data.size();) {
-      const std::size_t limit = random() % 8 == 0 ? 100000 : 1100;
-      const std::size_t piece = std::min<std::size_t>(random() % limit, data.size() - at);
-      reg = update_(reg, data.data() + at, piece);
-      at += piece;
-    }
-    EXPECT_EQ(reg, whole) << "round " << round;
   }
 }
 
