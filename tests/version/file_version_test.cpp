@@ -8,8 +8,8 @@
 
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
+#include <utility>
 
 #include "support/wine_env.h"
 #include "tarn/version.h"
@@ -19,312 +19,189 @@ namespace {
 
 using tarn_test::ScratchDir;
 using version_test::FixtureModule;
-using version_test::NoTranslationModule;
+using Info = CTarnFileVersionInfo;
+using Answer = std::pair<int, std::string>;
+using Query = std::function<int(char*, DWORD)>;
+using Getter = int (Info::*)(char*, DWORD);
 
-struct NotAvailable : CTarnFileVersionInfo {
+struct NotAvailable : Info {
   static std::string Text() { return s_szNotAvailable; }
 };
 
-std::string ProgramPath() {
-  char path[MAX_PATH] = {};
-  ::GetModuleFileNameA(nullptr, path, MAX_PATH);
-  return path;
+const HINSTANCE kProgram = nullptr;
+
+Query Get(Info& info, Getter getter) {
+  return [=, &info](char* b, DWORD n) { return (info.*getter)(b, n); };
 }
 
-using Query = std::function<int(char*, DWORD)>;
-
-struct Answer {
-  int result;
-  std::string text;
-  bool operator==(const Answer& other) const {
-    return result == other.result && text == other.text;
-  }
-};
-
-std::ostream& operator<<(std::ostream& out, const Answer& answer) {
-  return out << "{" << answer.result << ", \"" << answer.text << "\"}";
+Query Value(Info& info, const char* name, DWORD translation = 0) {
+  return [=, &info](char* b, DWORD n) { return info.QueryValue(b, n, name, translation); };
 }
 
 // Runs `query` on `size` bytes at the start of a larger block of 'x': every
-// byte of the buffer behind the text must be zero and nothing behind the
-// buffer written.
-Answer Ask(const Query& query, DWORD size) {
+// byte behind the text must be zero and nothing behind the buffer written.
+Answer Ask(const Query& query, DWORD size = 300) {
   std::string block(size + 8, 'x');
   const int result = query(&block[0], size);
   const size_t length = strnlen(block.data(), size);
   EXPECT_LT(length, size) << "text not terminated inside " << size << " bytes";
-  for (size_t i = length; i < size; ++i)
-    EXPECT_EQ(block[i], '\0') << "byte " << i << " of a buffer of " << size;
-  EXPECT_EQ(block.substr(size), std::string(8, 'x')) << "written behind " << size << " bytes";
-  return Answer{result, block.substr(0, length)};
+  EXPECT_EQ(block.substr(length), std::string(size - length, '\0') + std::string(8, 'x'))
+      << "the rest of a buffer of " << size;
+  return {result, block.substr(0, length)};
 }
 
-Answer Ask(const Query& query) { return Ask(query, 300); }
-
-// The text query at and around its length: cut to size - 1 with the same
-// result, whole from size = length + 1 on; a buffer of 1 holds the
-// terminator alone; a null buffer or size 0 gives 0 and is not touched.
+// Cut to size - 1 bytes with the same result; a buffer of 1 holds the
+// terminator alone; no buffer or size 0 gives 0 and nothing is touched.
 void ExpectCutAtSize(const Query& query, int result, const std::string& text) {
   SCOPED_TRACE("text \"" + text + "\"");
   const DWORD length = static_cast<DWORD>(text.size());
-  ASSERT_GT(length, 1u);
-  EXPECT_EQ(Ask(query, length - 1), (Answer{result, text.substr(0, length - 2)}));
-  EXPECT_EQ(Ask(query, length), (Answer{result, text.substr(0, length - 1)}));
-  EXPECT_EQ(Ask(query, length + 1), (Answer{result, text}));
-  EXPECT_EQ(Ask(query, length + 2), (Answer{result, text}));
-  EXPECT_EQ(Ask(query, 1), (Answer{result, ""}));
+  EXPECT_EQ(Ask(query, length - 1), Answer(result, text.substr(0, length - 2)));
+  EXPECT_EQ(Ask(query, length), Answer(result, text.substr(0, length - 1)));
+  EXPECT_EQ(Ask(query, length + 1), Answer(result, text));
+  EXPECT_EQ(Ask(query, 1), Answer(result, ""));
   char untouched[4] = {'x', 'x', 'x', 'x'};
   EXPECT_EQ(query(untouched, 0), 0);
   EXPECT_EQ(std::string(untouched, 4), "xxxx");
   EXPECT_EQ(query(nullptr, 16), 0);
 }
 
-// Every text query of an object, by name.
-struct Queries {
-  using Getter = int (CTarnFileVersionInfo::*)(char*, DWORD);
-  explicit Queries(CTarnFileVersionInfo& info) : info(info) {}
-  CTarnFileVersionInfo& info;
-  Query Value(const char* name, DWORD translation = 0) {
-    return [this, name, translation](char* b, DWORD n) {
-      return info.QueryValue(b, n, name, translation);
-    };
-  }
-  Query Get(Getter getter) {
-    return [this, getter](char* b, DWORD n) { return (info.*getter)(b, n); };
-  }
-  Query Company() { return Get(&CTarnFileVersionInfo::GetCompanyName); }
-  Query Description() { return Get(&CTarnFileVersionInfo::GetFileDescription); }
-  Query FileVersion() { return Get(&CTarnFileVersionInfo::GetFileVersion); }
-  Query Internal() { return Get(&CTarnFileVersionInfo::GetInternalName); }
-  Query Copyright() { return Get(&CTarnFileVersionInfo::GetLegalCopyright); }
-  Query Original() { return Get(&CTarnFileVersionInfo::GetOriginalFilename); }
-  Query Product() { return Get(&CTarnFileVersionInfo::GetProductName); }
-  Query ProductVersion() { return Get(&CTarnFileVersionInfo::GetProductVersion); }
-  Query Help() { return Get(&CTarnFileVersionInfo::GetHelpFileName); }
-  Query FixedFile() { return Get(&CTarnFileVersionInfo::GetFixedFileVersion); }
-  Query FixedProduct() { return Get(&CTarnFileVersionInfo::GetFixedProductVersion); }
+// The named getters and the fixed version texts, with version_fixture.dll's answers.
+const struct {
+  Getter getter;
+  const char* fixture;
+} kGetters[] = {
+    {&Info::GetCompanyName, "Fixture Company"},
+    {&Info::GetFileDescription, "Version resource fixture"},
+    {&Info::GetFileVersion, "2.7.0.1234"},
+    {&Info::GetInternalName, "FixtureInternal"},
+    {&Info::GetLegalCopyright, "Copyright (C) Fixture Authors"},
+    {&Info::GetOriginalFilename, "version_fixture.dll"},
+    {&Info::GetProductName, "Fixture Product"},
+    {&Info::GetProductVersion, "3.1 beta"},
+    {&Info::GetFixedFileVersion, "2,7,0,1234"},
+    {&Info::GetFixedProductVersion, "3,1,65535,0"},
 };
 
-// What a closed object answers to everything.
-void ExpectClosed(CTarnFileVersionInfo& info) {
-  Queries q(info);
-  const Answer notAvailable{0, "Not Available"};
-  for (const Query& query :
-       {q.Company(), q.Description(), q.FileVersion(), q.Internal(), q.Copyright(), q.Original(),
-        q.Product(), q.ProductVersion(), q.FixedFile(), q.FixedProduct(), q.Value("CompanyName"),
-        q.Value("CompanyName", 0x040904E4)})
-    EXPECT_EQ(Ask(query), notAvailable);
-  EXPECT_EQ(Ask(q.Help()), (Answer{0, ""}));
+void ExpectClosed(Info& info) {
+  for (const auto& g : kGetters)
+    EXPECT_EQ(Ask(Get(info, g.getter)), Answer(0, "Not Available")) << g.fixture;
+  EXPECT_EQ(Ask(Get(info, &Info::GetHelpFileName)), Answer(0, ""));
   VS_FIXEDFILEINFO record;
   memset(&record, 0xAB, sizeof record);
   EXPECT_EQ(info.GetFixedInfo(record), 0);
-  for (size_t i = 0; i < sizeof record; ++i)
-    ASSERT_EQ(reinterpret_cast<const unsigned char*>(&record)[i], 0xAB) << "byte " << i;
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(&record), sizeof record),
+            std::string(sizeof record, '\xAB'));
 }
 
 // Everything version_fixture.dll answers, help file aside.
-void ExpectFixture(CTarnFileVersionInfo& info) {
-  Queries q(info);
-  EXPECT_EQ(Ask(q.Company()), (Answer{1, "Fixture Company"}));
-  EXPECT_EQ(Ask(q.Description()), (Answer{1, "Version resource fixture"}));
-  EXPECT_EQ(Ask(q.FileVersion()), (Answer{1, "2.7.0.1234"}));
-  EXPECT_EQ(Ask(q.Internal()), (Answer{1, "FixtureInternal"}));
-  EXPECT_EQ(Ask(q.Copyright()), (Answer{1, "Copyright (C) Fixture Authors"}));
-  EXPECT_EQ(Ask(q.Original()), (Answer{1, "version_fixture.dll"}));
-  EXPECT_EQ(Ask(q.Product()), (Answer{1, "Fixture Product"}));
-  EXPECT_EQ(Ask(q.ProductVersion()), (Answer{1, "3.1 beta"}));
-  EXPECT_EQ(Ask(q.Value("Comments")), (Answer{1, "0123456789"}));
-  EXPECT_EQ(Ask(q.Value("CompanyName", 0x040704E4)), (Answer{1, "Fixture GmbH"}));
-  EXPECT_EQ(Ask(q.FixedFile()), (Answer{1, "2,7,0,1234"}));
-  EXPECT_EQ(Ask(q.FixedProduct()), (Answer{1, "3,1,65535,0"}));
-  VS_FIXEDFILEINFO record = {};
-  ASSERT_EQ(info.GetFixedInfo(record), 1);
-  EXPECT_EQ(record.dwFileVersionMS, 0x00020007u);
-  EXPECT_EQ(record.dwFileVersionLS, 0x000004D2u);
-}
-
-TEST(FileVersionOpen, ReadsTheProgramAndAModuleByInstanceAndByPath) {
-  CTarnFileVersionInfo own;
-  EXPECT_EQ(NotAvailable::Text(), "Not Available") << "string 1 of the program's resources";
-  ASSERT_EQ(own.Open(static_cast<HINSTANCE>(nullptr)), 1);
-  Queries q(own);
-  EXPECT_EQ(Ask(q.FileVersion()), (Answer{1, TARN_TEST_VERSION}));
-  EXPECT_EQ(Ask(q.Company()), (Answer{1, "Tarn"}));
-  EXPECT_EQ(Ask(q.Original()), (Answer{1, "tarn.dll"}));
-
-  HMODULE module = ::LoadLibraryA(FixtureModule().c_str());
-  ASSERT_NE(module, nullptr);
-  CTarnFileVersionInfo byInstance;
-  EXPECT_EQ(byInstance.Open(module), 1);
-  ExpectFixture(byInstance);
-  ::FreeLibrary(module);
-
-  CTarnFileVersionInfo byPath;
-  EXPECT_EQ(byPath.Open(FixtureModule().c_str()), 1);
-  ExpectFixture(byPath);
-}
-
-TEST(FileVersionOpen, SecondOpenFailsAndKeepsTheFirstFile) {
-  CTarnFileVersionInfo info;
-  ASSERT_EQ(info.Open(FixtureModule().c_str()), 1);
-  EXPECT_EQ(info.Open(ProgramPath().c_str()), 0);
-  EXPECT_EQ(info.Open(static_cast<HINSTANCE>(nullptr)), 0);
-  ExpectFixture(info);
-
-  info.Close();
-  ExpectClosed(info);
-  info.Close();  // harmless twice
-  ASSERT_EQ(info.Open(ProgramPath().c_str()), 1);
-  EXPECT_EQ(Ask(Queries(info).Company()), (Answer{1, "Tarn"}));
-}
-
-TEST(FileVersionOpen, FilesWithoutAUsableResourceLeaveTheObjectClosed) {
-  ScratchDir dir;
-  tarn_test::WriteFile(dir / "plain.dll", "not a module");
-  DWORD ignored = 0;
-  ASSERT_GT(::GetFileVersionInfoSizeA(NoTranslationModule().c_str(), &ignored), 0u)
-      << "the module has a version resource, only its translation table is missing";
-
-  CTarnFileVersionInfo info;
-  EXPECT_EQ(info.Open(static_cast<const char*>(nullptr)), 0);
-  EXPECT_EQ(info.Open(""), 0);
-  EXPECT_EQ(info.Open(reinterpret_cast<HINSTANCE>(static_cast<INT_PTR>(0x10000))), 0)
-      << "not a module: no file name";
-  EXPECT_EQ(info.Open((dir / "missing.dll").c_str()), 0);
-  EXPECT_EQ(info.Open((dir / "plain.dll").c_str()), 0);
-  EXPECT_EQ(info.Open(NoTranslationModule().c_str()), 0);
-  ExpectClosed(info);
-
-  // Nothing of the failed attempts is left to stop the next one.
-  EXPECT_EQ(info.Open(FixtureModule().c_str()), 1);
-  ExpectFixture(info);
-}
-
-TEST(FileVersionValues, TranslationsAndMissingValues) {
-  CTarnFileVersionInfo info;
-  ASSERT_EQ(info.Open(FixtureModule().c_str()), 1);
-  Queries q(info);
-
-  // The first pair of the table is the object's own; others only on request.
-  EXPECT_EQ(Ask(q.Value("CompanyName", 0x040904E4)), (Answer{1, "Fixture Company"}));
-  EXPECT_EQ(Ask(q.Value("ProductName", 0x040704E4)), (Answer{1, "Fixture Produkt"}));
-  // Eight digits whatever the language: the key is ...\000904e4\...
-  EXPECT_EQ(Ask(q.Value("CompanyName", 0x000904E4)), (Answer{1, "Fixture Neutral"}));
-  EXPECT_EQ(Ask(q.Value("FileVersion", 0x040704E4)), (Answer{0, ""}))
-      << "present under the own translation only";
-  EXPECT_EQ(Ask(q.Value("CompanyName", 0x041104E4)), (Answer{0, ""}));
-
-  // A missing value is not the same as no name at all.
-  EXPECT_EQ(Ask(q.Value("NoSuchValue")), (Answer{0, ""}));
-  EXPECT_EQ(Ask(q.Value("")), (Answer{0, "Not Available"}));
-  EXPECT_EQ(Ask(q.Value(nullptr)), (Answer{0, "Not Available"}));
-  EXPECT_EQ(Ask(q.Value(nullptr, 0x040704E4)), (Answer{0, "Not Available"}));
-  // A name longer than any key can hold names no value.
-  const std::string longName(240, 'N');
-  EXPECT_EQ(Ask(q.Value(longName.c_str())), (Answer{0, ""}));
-}
-
-TEST(FileVersionValues, TextIsCutAtTheBufferSize) {
-  CTarnFileVersionInfo info;
-  ASSERT_EQ(info.Open(FixtureModule().c_str()), 1);
-  Queries q(info);
-  ExpectCutAtSize(q.Value("Comments"), 1, "0123456789");
-  ExpectCutAtSize(q.Value("CompanyName", 0x040704E4), 1, "Fixture GmbH");
-  ExpectCutAtSize(q.Company(), 1, "Fixture Company");
-  ExpectCutAtSize(q.FixedFile(), 1, "2,7,0,1234");
-  ExpectCutAtSize(q.FixedProduct(), 1, "3,1,65535,0");
-  ExpectCutAtSize(q.Value(""), 0, "Not Available");
-  EXPECT_EQ(Ask(q.Value("NoSuchValue"), 1), (Answer{0, ""}));
-
-  CTarnFileVersionInfo closed;
-  Queries c(closed);
-  ExpectCutAtSize(c.FixedFile(), 0, "Not Available");
-  ExpectCutAtSize(c.Company(), 0, "Not Available");
-}
-
-TEST(FileVersionFixed, RecordAndTextsWithCommas) {
-  CTarnFileVersionInfo info;
-  ASSERT_EQ(info.Open(FixtureModule().c_str()), 1);
+void ExpectFixture(Info& info) {
+  for (const auto& g : kGetters) EXPECT_EQ(Ask(Get(info, g.getter)), Answer(1, g.fixture));
+  EXPECT_EQ(Ask(Value(info, "Comments")), Answer(1, "0123456789"));
   VS_FIXEDFILEINFO record;
   memset(&record, 0xAB, sizeof record);
   ASSERT_EQ(info.GetFixedInfo(record), 1);
   EXPECT_EQ(record.dwSignature, 0xFEEF04BDu);
   EXPECT_EQ(record.dwFileVersionMS, 0x00020007u);
-  EXPECT_EQ(record.dwFileVersionLS, 0x000004D2u);
   EXPECT_EQ(record.dwProductVersionMS, 0x00030001u);
-  EXPECT_EQ(record.dwProductVersionLS, 0xFFFF0000u);
-  EXPECT_EQ(record.dwFileOS, static_cast<DWORD>(VOS_NT_WINDOWS32));
-  EXPECT_EQ(record.dwFileType, static_cast<DWORD>(VFT_DLL));
-  EXPECT_EQ(record.dwFileDateMS, 0u);
   EXPECT_EQ(record.dwFileDateLS, 0u) << "the last of the 52 bytes";
+}
 
-  CTarnFileVersionInfo own;
-  ASSERT_EQ(own.Open(static_cast<HINSTANCE>(nullptr)), 1);
-  std::string expected = TARN_TEST_VERSION;
-  for (char& c : expected)
-    if (c == '.') c = ',';
-  EXPECT_EQ(Ask(Queries(own).FixedFile()), (Answer{1, expected + ",0"}));
+TEST(FileVersionOpen, ByInstanceAndByPathOnlyWhileClosedAndOnAUsableResource) {
+  Info own;
+  EXPECT_EQ(NotAvailable::Text(), "Not Available") << "string 1 of the program's resources";
+  ASSERT_EQ(own.Open(kProgram), 1);
+  EXPECT_EQ(Ask(Get(own, &Info::GetFileVersion)), Answer(1, TARN_TEST_VERSION));
+
+  HMODULE module = ::LoadLibraryA(FixtureModule().c_str());
+  ASSERT_NE(module, nullptr);
+  Info info;
+  EXPECT_EQ(info.Open(module), 1);
+  ::FreeLibrary(module);
+  // A second Open fails and keeps the first file.
+  EXPECT_EQ(info.Open(FixtureModule().c_str()), 0);
+  EXPECT_EQ(info.Open(kProgram), 0);
+  ExpectFixture(info);
+  info.Close();
+  info.Close();  // harmless twice
+
+  ScratchDir dir;
+  tarn_test::WriteFile(dir / "plain.dll", "not a module");
+  const std::string noTranslation = version_test::NoTranslationModule();
+  DWORD ignored = 0;
+  ASSERT_GT(::GetFileVersionInfoSizeA(noTranslation.c_str(), &ignored), 0u)
+      << "the module has a version resource, only its translation table is missing";
+  EXPECT_EQ(info.Open(static_cast<const char*>(nullptr)), 0);
+  EXPECT_EQ(info.Open(""), 0);
+  EXPECT_EQ(info.Open(reinterpret_cast<HINSTANCE>(static_cast<INT_PTR>(0x10000))), 0);
+  for (const std::string& path : {dir / "missing.dll", dir / "plain.dll", noTranslation})
+    EXPECT_EQ(info.Open(path.c_str()), 0) << path;
+  ExpectClosed(info);
+  // Nothing of the failed attempts is left to stop the next one.
+  EXPECT_EQ(info.Open(FixtureModule().c_str()), 1);
+  ExpectFixture(info);
+}
+
+TEST(FileVersionValues, TranslationsMissingValuesAndCuts) {
+  Info info;
+  ASSERT_EQ(info.Open(FixtureModule().c_str()), 1);
+  // The first pair of the table is the object's own; others only on request.
+  EXPECT_EQ(Ask(Value(info, "CompanyName", 0x040904E4)), Answer(1, "Fixture Company"));
+  EXPECT_EQ(Ask(Value(info, "ProductName", 0x040704E4)), Answer(1, "Fixture Produkt"));
+  EXPECT_EQ(Ask(Value(info, "CompanyName", 0x000904E4)), Answer(1, "Fixture Neutral"));
+  EXPECT_EQ(Ask(Value(info, "FileVersion", 0x040704E4)), Answer(0, "")) << "own translation only";
+  // A missing value is not the same as no name at all.
+  EXPECT_EQ(Ask(Value(info, "NoSuchValue")), Answer(0, ""));
+  EXPECT_EQ(Ask(Value(info, std::string(240, 'N').c_str())), Answer(0, "")) << "too long a key";
+  EXPECT_EQ(Ask(Value(info, "")), Answer(0, "Not Available"));
+  EXPECT_EQ(Ask(Value(info, nullptr)), Answer(0, "Not Available"));
+
+  ExpectCutAtSize(Get(info, &Info::GetCompanyName), 1, "Fixture Company");
+  ExpectCutAtSize(Get(info, &Info::GetFixedFileVersion), 1, "2,7,0,1234");
+  ExpectCutAtSize(Get(info, &Info::GetFixedProductVersion), 1, "3,1,65535,0");
+  EXPECT_EQ(Ask(Value(info, "NoSuchValue"), 1), Answer(0, ""));
+  Info closed;
+  ExpectCutAtSize(Get(closed, &Info::GetFixedFileVersion), 0, "Not Available");
+  ExpectCutAtSize(Get(closed, &Info::GetCompanyName), 0, "Not Available");
 }
 
 // version_fixture.dll copied as Tool.dll: its "HelpFileName" is
 // Z:\docs\Manual.chm, its "InternalName" FixtureInternal.
-class HelpFile : public ::testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_TRUE(::CopyFileA(FixtureModule().c_str(), (dir / "Tool.dll").c_str(), FALSE));
-    ASSERT_EQ(info.Open((dir / "Tool.dll").c_str()), 1);
-  }
-  void Create(const char* name) { tarn_test::WriteFile(dir / name, "x"); }
-  void Remove(const char* name) { ASSERT_TRUE(tarn_test::RemoveTree(dir / name)); }
-  Answer Help() { return Ask(Queries(info).Help()); }
-  Answer Found(const char* name) { return Answer{1, dir / name}; }
-
+TEST(FileVersionHelp, FirstExistingChoiceDecidesAndItsHlpMustExist) {
   ScratchDir dir;
-  CTarnFileVersionInfo info;
-};
+  ASSERT_TRUE(::CopyFileA(FixtureModule().c_str(), (dir / "Tool.dll").c_str(), FALSE));
+  Info info;
+  ASSERT_EQ(info.Open((dir / "Tool.dll").c_str()), 1);
+  auto create = [&](const char* name) { tarn_test::WriteFile(dir / name, "x"); };
+  auto remove = [&](const char* name) { ASSERT_TRUE(tarn_test::RemoveTree(dir / name)); };
+  auto found = [&](const char* name) { return Answer(1, dir / name); };
+  const Query help = Get(info, &Info::GetHelpFileName);
+  const Answer none(0, "");
 
-TEST_F(HelpFile, FirstExistingChoiceDecidesAndItsHlpMustExist) {
-  const Answer none{0, ""};
-  EXPECT_EQ(Help(), none);
-  Create("Tool.hlp");
-  EXPECT_EQ(Help(), Found("Tool.hlp")) << "the opened file itself";
-
+  EXPECT_EQ(Ask(help), none);
+  create("Tool.hlp");
+  EXPECT_EQ(Ask(help), found("Tool.hlp")) << "the opened file itself";
   // InternalName has no extension and takes the opened file's.
-  Create("FixtureInternal.dll");
-  EXPECT_EQ(Help(), none) << "the chosen base has no .hlp; later choices are not tried";
-  Create("FixtureInternal.hlp");
-  EXPECT_EQ(Help(), Found("FixtureInternal.hlp"));
-
+  create("FixtureInternal.dll");
+  EXPECT_EQ(Ask(help), none) << "the chosen base has no .hlp; later choices are not tried";
+  create("FixtureInternal.hlp");
+  EXPECT_EQ(Ask(help), found("FixtureInternal.hlp"));
   // HelpFileName's own drive and directory are ignored: Manual.chm beside Tool.dll.
   ASSERT_TRUE(::CreateDirectoryA((dir / "Manual.chm").c_str(), nullptr));
-  EXPECT_EQ(Help(), Found("FixtureInternal.hlp")) << "a directory is no help base";
-  Remove("Manual.chm");
-  Create("Manual.chm");
-  EXPECT_EQ(Help(), none);
-  Create("Manual.hlp");
-  EXPECT_EQ(Help(), Found("Manual.hlp"));
+  EXPECT_EQ(Ask(help), found("FixtureInternal.hlp")) << "a directory is no help base";
+  remove("Manual.chm");
+  create("Manual.chm");
+  EXPECT_EQ(Ask(help), none);
+  create("Manual.hlp");
+  ExpectCutAtSize(help, 1, dir / "Manual.hlp");
+  remove("Manual.chm");
+  EXPECT_EQ(Ask(help), found("FixtureInternal.hlp")) << "Manual.hlp alone is not a base";
+  remove("FixtureInternal.dll");
+  EXPECT_EQ(Ask(help), found("Tool.hlp"));
 
-  Remove("Manual.chm");
-  EXPECT_EQ(Help(), Found("FixtureInternal.hlp")) << "Manual.hlp alone is not a base";
-  Remove("FixtureInternal.dll");
-  EXPECT_EQ(Help(), Found("Tool.hlp"));
-  Remove("Tool.hlp");
-  EXPECT_EQ(Help(), none);
-}
-
-TEST_F(HelpFile, PathIsCutAtTheBufferSize) {
-  Create("Manual.chm");
-  Create("Manual.hlp");
-  ExpectCutAtSize(Queries(info).Help(), 1, dir / "Manual.hlp");
-}
-
-TEST_F(HelpFile, OpenedPathIsKeptAsGiven) {
+  // The opened path is kept as given: forward slashes survive into the result.
   info.Close();
-  // Forward slashes and a relative directory survive into the result.
-  const std::string forward = dir.path() + "/Tool.dll";
-  ASSERT_EQ(info.Open(forward.c_str()), 1);
-  Create("Tool.hlp");
-  EXPECT_EQ(Help(), (Answer{1, dir.path() + "/Tool.hlp"}));
+  ASSERT_EQ(info.Open((dir.path() + "/Tool.dll").c_str()), 1);
+  EXPECT_EQ(Ask(help), Answer(1, dir.path() + "/Tool.hlp"));
 }
 
 // Bytes in use on the runtime's heap.
@@ -336,64 +213,38 @@ size_t HeapBytesInUse() {
   return used;
 }
 
-TEST(FileVersionCopies, CopiesAnswerAsTheirSourceAfterItIsGone) {
-  auto source = std::make_unique<CTarnFileVersionInfo>();
-  ASSERT_EQ(source->Open(FixtureModule().c_str()), 1);
-  CTarnFileVersionInfo copy(*source);
-  CTarnFileVersionInfo assigned;
-  ASSERT_EQ(assigned.Open(ProgramPath().c_str()), 1);
-  assigned = *source;
-  source->Close();
-  source.reset();
-  ExpectFixture(copy);
-  ExpectFixture(assigned);
-
-  CTarnFileVersionInfo closed;
-  CTarnFileVersionInfo copyOfClosed(closed);
-  ExpectClosed(copyOfClosed);
-  assigned = closed;
-  ExpectClosed(assigned);
-  copy = copy;
-  ExpectFixture(copy);
-  // An open copy is a separate object: closing it leaves its sibling open.
-  CTarnFileVersionInfo sibling(copy);
-  copy.Close();
-  ExpectFixture(sibling);
-  EXPECT_EQ(copy.Open(ProgramPath().c_str()), 1);
-  EXPECT_EQ(Ask(Queries(copy).Company()), (Answer{1, "Tarn"}));
-  ExpectFixture(sibling);
-}
-
-TEST(FileVersionCopies, CopiesHelpFileAsTheSource) {
+TEST(FileVersionCopies, AnswerAsTheirSourceAfterItIsGoneAndEachReleasesOnce) {
   ScratchDir dir;
   ASSERT_TRUE(::CopyFileA(FixtureModule().c_str(), (dir / "Tool.dll").c_str(), FALSE));
   tarn_test::WriteFile(dir / "Tool.hlp", "x");
-  CTarnFileVersionInfo source;
-  ASSERT_EQ(source.Open((dir / "Tool.dll").c_str()), 1);
-  CTarnFileVersionInfo copy(source);
-  source.Close();
-  EXPECT_EQ(Ask(Queries(copy).Help()), (Answer{1, dir / "Tool.hlp"}));
-}
-
-TEST(FileVersionCopies, EverythingOwnedIsReleased) {
-  const std::string fixture = FixtureModule();
-  const std::string program = ProgramPath();
-  auto cycle = [&] {
-    CTarnFileVersionInfo a;
-    a.Open(fixture.c_str());
-    CTarnFileVersionInfo b(a);
-    CTarnFileVersionInfo c;
-    c.Open(program.c_str());
-    c = b;  // what c held goes
-    b = CTarnFileVersionInfo();
-    a.Close();
-    a.Open(program.c_str());
-    CTarnFileVersionInfo failed;
-    failed.Open(version_test::NoTranslationModule().c_str());
+  const std::string tool = dir / "Tool.dll", noTranslation = version_test::NoTranslationModule();
+  auto copies = [&] {
+    auto source = std::make_unique<Info>();
+    ASSERT_EQ(source->Open(tool.c_str()), 1);
+    Info copy(*source), assigned;
+    ASSERT_EQ(assigned.Open(kProgram), 1);
+    assigned = *source;  // what assigned held goes
+    source.reset();
+    for (Info* other : {&copy, &assigned}) {
+      ExpectFixture(*other);
+      EXPECT_EQ(Ask(Get(*other, &Info::GetHelpFileName)), Answer(1, dir / "Tool.hlp"));
+    }
+    Info closed;
+    Info copyOfClosed(closed);
+    ExpectClosed(copyOfClosed);
+    assigned = closed;
+    ExpectClosed(assigned);
+    copy = copy;
+    // An open copy is a separate object: closing it leaves its sibling open.
+    Info sibling(copy);
+    copy.Close();
+    EXPECT_EQ(copy.Open(kProgram), 1);
+    ExpectFixture(sibling);
+    EXPECT_EQ(Info().Open(noTranslation.c_str()), 0);
   };
-  cycle();  // the runtime's own first allocations
+  copies();  // the runtime's own first allocations
   const size_t before = HeapBytesInUse();
-  for (int i = 0; i < 20; ++i) cycle();
+  for (int i = 0; i < 10; ++i) copies();
   EXPECT_EQ(HeapBytesInUse(), before);
 }
 
