@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <mbctype.h>
+#include <stddef.h>
 #include <string.h>
 
 #include <string>
@@ -14,17 +15,8 @@
 
 namespace {
 
-using files_test::Attributes;
-using files_test::ErrorOut;
-using files_test::IsDirectory;
-using files_test::NothingReported;
-using files_test::Reported;
+using namespace files_test;
 using tarn_test::ScratchDir;
-
-bool IsHidden(const std::string& path) {
-  const DWORD attributes = Attributes(path);
-  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_HIDDEN);
-}
 
 // The narrow calls stop at MAX_PATH; the wide ones with the \\?\ prefix do not.
 bool CreateLongDirectory(const std::string& path) {
@@ -33,298 +25,170 @@ bool CreateLongDirectory(const std::string& path) {
 }
 
 // The thread's ANSI code page and the runtime's multibyte code page set to
-// Japanese (932) for one test, restored afterwards.
-class JapaneseCodePage {
- public:
-  JapaneseCodePage() : locale_(::GetThreadLocale()), mbcp_(_getmbcp()) {
+// Japanese (932) for one scope.
+struct JapaneseCodePage {
+  LCID locale = ::GetThreadLocale();
+  int mbcp = _getmbcp();
+  JapaneseCodePage() {
     ::SetThreadLocale(MAKELCID(MAKELANGID(LANG_JAPANESE, SUBLANG_JAPANESE_JAPAN), SORT_DEFAULT));
     _setmbcp(932);
   }
   ~JapaneseCodePage() {
-    ::SetThreadLocale(locale_);
-    _setmbcp(mbcp_);
+    ::SetThreadLocale(locale);
+    _setmbcp(mbcp);
   }
-
- private:
-  LCID locale_;
-  int mbcp_;
 };
 
 TEST(DirectoryFind, HandleForDirectoriesRecordForBoth) {
   ScratchDir dir;
-  ASSERT_TRUE(::CreateDirectoryA((dir / "sub").c_str(), nullptr));
-  tarn_test::WriteFile(dir / "five.txt", "12345");
+  const LongTreeCleanup cleanup{dir.path()};
+  const std::string sub = dir / "sub\\", file = dir / "five.txt", gone = dir / "gone";
+  ASSERT_TRUE(::CreateDirectoryA(sub.c_str(), nullptr));
+  tarn_test::WriteFile(file, "12345");
   ErrorOut err;
   WIN32_FIND_DATAA record;
   memset(&record, 0x5A, sizeof(record));
-
-  HANDLE find = TarnDirectoryFind((dir / "sub\\").c_str(), &record, ERR(err));
+  HANDLE find = TarnDirectoryFind(sub.c_str(), &record, ERR(err));
   ASSERT_NE(find, INVALID_HANDLE_VALUE) << "the trailing backslash is dropped";
-  EXPECT_TRUE(NothingReported(err));
+  EXPECT_TRUE(Outcome(err, 0));
   EXPECT_STREQ(record.cFileName, "sub");
   EXPECT_TRUE(record.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
   EXPECT_EQ(record.dwReserved0, 0x5A5A5A5Au) << "not written";
   EXPECT_EQ(record.dwReserved1, 0x5A5A5A5Au) << "not written";
   EXPECT_TRUE(::FindClose(find)) << "the caller owns an open search";
 
-  EXPECT_NE(find = TarnDirectoryFind((dir / "sub").c_str(), &record, ERR(err)),
-            INVALID_HANDLE_VALUE);
-  ::FindClose(find);
-
   // A file: no handle, no code, but the record describes the file.
-  memset(&record, 0x5A, sizeof(record));
-  err = ErrorOut();
-  EXPECT_EQ(TarnDirectoryFind((dir / "five.txt").c_str(), &record, ERR(err)),
-            INVALID_HANDLE_VALUE);
-  EXPECT_TRUE(NothingReported(err));
+  EXPECT_REPORT(INVALID_HANDLE_VALUE, 0, TarnDirectoryFind, file.c_str(), &record);
   EXPECT_STREQ(record.cFileName, "five.txt");
   EXPECT_EQ(record.nFileSizeLow, 5u);
-  EXPECT_EQ(record.nFileSizeHigh, 0u);
-  EXPECT_FALSE(record.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
-  WIN32_FILE_ATTRIBUTE_DATA info;
-  ASSERT_TRUE(::GetFileAttributesExA((dir / "five.txt").c_str(), GetFileExInfoStandard, &info));
-  EXPECT_EQ(CompareFileTime(&record.ftLastWriteTime, &info.ftLastWriteTime), 0);
-  EXPECT_EQ(CompareFileTime(&record.ftCreationTime, &info.ftCreationTime), 0);
-  EXPECT_EQ(CompareFileTime(&record.ftLastAccessTime, &info.ftLastAccessTime), 0);
+  EXPECT_REPORT(INVALID_HANDLE_VALUE, ERROR_FILE_NOT_FOUND, TarnDirectoryFind, gone.c_str(),
+                &record);
+  for (const char* empty : {"", static_cast<const char*>(nullptr)})
+    EXPECT_REPORT(INVALID_HANDLE_VALUE, 0, TarnDirectoryFind, empty, &record);
+  EXPECT_REPORT(INVALID_HANDLE_VALUE, 0, TarnDirectoryFind, sub.c_str(), nullptr);
+  EXPECT_REPORT(1, 0, TarnDirectoryExist, sub.c_str());
+  EXPECT_REPORT(0, 0, TarnDirectoryExist, file.c_str());
+  EXPECT_REPORT(0, ERROR_FILE_NOT_FOUND, TarnDirectoryExist, gone.c_str());
+  EXPECT_REPORT(0, 0, TarnDirectoryExist, nullptr);
 
-  EXPECT_EQ(TarnDirectoryFind((dir / "gone").c_str(), &record, ERR(err)), INVALID_HANDLE_VALUE);
-  EXPECT_TRUE(Reported(err, ERROR_FILE_NOT_FOUND));
-  EXPECT_EQ(TarnDirectoryFind((dir / "gone\\deeper").c_str(), &record, ERR(err)),
-            INVALID_HANDLE_VALUE);
-  EXPECT_TRUE(Reported(err, ERROR_PATH_NOT_FOUND));
-
-  for (const char* empty : {"", static_cast<const char*>(nullptr)}) {
-    err = ErrorOut();
-    EXPECT_EQ(TarnDirectoryFind(empty, &record, ERR(err)), INVALID_HANDLE_VALUE);
-    EXPECT_TRUE(NothingReported(err));
-  }
-  err = ErrorOut();
-  EXPECT_EQ(TarnDirectoryFind(dir.path().c_str(), nullptr, ERR(err)), INVALID_HANDLE_VALUE);
-  EXPECT_TRUE(NothingReported(err));
-}
-
-TEST(DirectoryFind, LongNamesAndPaths) {
-  ScratchDir dir;
-  const files_test::LongTreeCleanup cleanup(dir.path());
-  // The longest name the file system takes comes through whole, with its
-  // short name beside it.
-  const std::string name(255, 'n');
-  ASSERT_TRUE(CreateLongDirectory(dir / name));
-  ErrorOut err;
-  WIN32_FIND_DATAA record;
-  HANDLE find = TarnDirectoryFind((dir / name).c_str(), &record, ERR(err));
-  ASSERT_NE(find, INVALID_HANDLE_VALUE);
-  ::FindClose(find);
-  EXPECT_EQ(record.cFileName, name);
-  EXPECT_GT(strlen(record.cAlternateFileName), 0u);
-  EXPECT_LE(strlen(record.cAlternateFileName), 12u);
-
-  // A path beyond MAX_PATH is copied to the heap before its backslash goes.
-  const std::string deep = dir / name + "\\" + std::string(100, 'd');
-  ASSERT_TRUE(CreateLongDirectory(deep));
+  // The longest name the file system takes, and a path beyond MAX_PATH,
+  // copied to the heap before its backslash goes.
+  const std::string deep = dir / std::string(255, 'n') + "\\" + std::string(100, 'd');
+  ASSERT_TRUE(CreateLongDirectory(dir / std::string(255, 'n')) && CreateLongDirectory(deep));
   find = TarnDirectoryFind((deep + "\\").c_str(), &record, ERR(err));
   ASSERT_NE(find, INVALID_HANDLE_VALUE) << err.text;
   ::FindClose(find);
   EXPECT_EQ(record.cFileName, std::string(100, 'd'));
 }
 
-std::string In932(const std::wstring& text) {
-  char narrow[600] = {};
-  ::WideCharToMultiByte(932, 0, text.c_str(), -1, narrow, sizeof(narrow), nullptr, nullptr);
-  return narrow;
-}
-
-// The narrow record made from `wide`, over a record filled with 0x5A bytes.
-WIN32_FIND_DATAA Transferred(const WIN32_FIND_DATAW& wide) {
+TEST(FindRecord, NumbersAsTheyAreNamesCutAtTheirFields) {
+  JapaneseCodePage japanese;
+  WIN32_FIND_DATAW wide = {0x1234, {1, 2}, {3, 4}, {5, 6}, 7, 8};
   WIN32_FIND_DATAA narrow;
   memset(&narrow, 0x5A, sizeof(narrow));
   tarn::CopyFindRecord(wide, &narrow);
-  return narrow;
-}
+  // Both records begin alike: attributes, three times, size high and low.
+  EXPECT_EQ(memcmp(&narrow, &wide, offsetof(WIN32_FIND_DATAA, dwReserved0)), 0);
+  EXPECT_EQ(narrow.dwReserved0, 0x5A5A5A5Au);
+  EXPECT_EQ(narrow.dwReserved1, 0x5A5A5A5Au);
 
-TEST(FindRecord, NamesAreCutAtTheirFields) {
-  JapaneseCodePage japanese;
-  WIN32_FIND_DATAW wide = {};
-  wide.dwFileAttributes = 0x1234;
-  wide.ftCreationTime = {1, 2};
-  wide.ftLastAccessTime = {3, 4};
-  wide.ftLastWriteTime = {5, 6};
-  wide.nFileSizeHigh = 7;
-  wide.nFileSizeLow = 8;
   const wchar_t kA = 0x3042;  // two bytes in code page 932
-
-  struct Case {
-    std::wstring name;
-    size_t narrowBytes;
-    size_t kept;
+  const struct { bool alternate; std::wstring name; int bytes; int kept; } kCases[] = {
+      {false, std::wstring(129, kA), 258, 258},  {false, std::wstring(129, kA) + L"a", 259, 259},
+      {false, std::wstring(130, kA), 260, 259},  {false, std::wstring(130, kA) + L"b", 261, 259},
+      {true, std::wstring(6, kA), 12, 12},       {true, std::wstring(6, kA) + L"a", 13, 13},
+      {true, std::wstring(7, kA), 14, 13},
   };
-  const Case names[] = {
-      {std::wstring(129, kA), 258, 258},
-      {std::wstring(129, kA) + L"a", 259, 259},
-      {std::wstring(130, kA), 260, 259},
-      {std::wstring(130, kA) + L"b", 261, 259},
-  };
-  for (const Case& c : names) {
-    wcscpy(wide.cFileName, c.name.c_str());
-    const WIN32_FIND_DATAA narrow = Transferred(wide);
-    const std::string expected = In932(c.name);
-    ASSERT_EQ(expected.size(), c.narrowBytes);
-    EXPECT_EQ(narrow.cFileName, expected.substr(0, c.kept)) << c.narrowBytes;
-    EXPECT_EQ(narrow.dwFileAttributes, 0x1234u);
-    EXPECT_EQ(narrow.ftCreationTime.dwLowDateTime, 1u);
-    EXPECT_EQ(narrow.ftCreationTime.dwHighDateTime, 2u);
-    EXPECT_EQ(narrow.ftLastAccessTime.dwLowDateTime, 3u);
-    EXPECT_EQ(narrow.ftLastAccessTime.dwHighDateTime, 4u);
-    EXPECT_EQ(narrow.ftLastWriteTime.dwLowDateTime, 5u);
-    EXPECT_EQ(narrow.ftLastWriteTime.dwHighDateTime, 6u);
-    EXPECT_EQ(narrow.nFileSizeHigh, 7u);
-    EXPECT_EQ(narrow.nFileSizeLow, 8u);
-    EXPECT_EQ(narrow.dwReserved0, 0x5A5A5A5Au);
-    EXPECT_EQ(narrow.dwReserved1, 0x5A5A5A5Au);
-  }
-
-  const Case alternates[] = {
-      {std::wstring(6, kA), 12, 12},
-      {std::wstring(6, kA) + L"a", 13, 13},
-      {std::wstring(7, kA), 14, 13},
-  };
-  for (const Case& c : alternates) {
-    wcscpy(wide.cAlternateFileName, c.name.c_str());
-    const WIN32_FIND_DATAA narrow = Transferred(wide);
-    const std::string expected = In932(c.name);
-    ASSERT_EQ(expected.size(), c.narrowBytes);
-    EXPECT_EQ(narrow.cAlternateFileName, expected.substr(0, c.kept)) << c.narrowBytes;
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.bytes);
+    wcscpy(c.alternate ? wide.cAlternateFileName : wide.cFileName, c.name.c_str());
+    tarn::CopyFindRecord(wide, &narrow);
+    char expected[600] = {};
+    ASSERT_EQ(::WideCharToMultiByte(932, 0, c.name.c_str(), -1, expected, sizeof(expected),
+                                    nullptr, nullptr),
+              c.bytes + 1);
+    expected[c.kept] = '\0';
+    EXPECT_STREQ(c.alternate ? narrow.cAlternateFileName : narrow.cFileName, expected);
   }
 }
 
-TEST(DirectoryExist, DirectoriesOnly) {
+TEST(DirectoryCreate, AttributesOnCreatedLevelsResultOfTheLast) {
   ScratchDir dir;
-  tarn_test::WriteFile(dir / "file", "x");
-  ErrorOut err;
-  EXPECT_EQ(TarnDirectoryExist(dir.path().c_str(), ERR(err)), 1);
-  EXPECT_TRUE(NothingReported(err));
-  EXPECT_EQ(TarnDirectoryExist((dir.path() + "\\").c_str(), ERR(err)), 1);
-  err = ErrorOut();
-  EXPECT_EQ(TarnDirectoryExist((dir / "file").c_str(), ERR(err)), 0);
-  EXPECT_TRUE(NothingReported(err));
-  EXPECT_EQ(TarnDirectoryExist((dir / "gone").c_str(), ERR(err)), 0);
-  EXPECT_TRUE(Reported(err, ERROR_FILE_NOT_FOUND));
-  err = ErrorOut();
-  EXPECT_EQ(TarnDirectoryExist(nullptr, ERR(err)), 0);
-  EXPECT_TRUE(NothingReported(err));
-}
-
-TEST(DirectoryCreateAttr, AttributesOnlyOnTheLevelsItCreates) {
-  ScratchDir dir;
+  // Also for names the narrow clean-up would see in another code page.
+  const LongTreeCleanup cleanup{dir.path()};
   const std::string x = dir / "x";
   ASSERT_TRUE(::CreateDirectoryA(x.c_str(), nullptr));
-  ErrorOut err;
-  EXPECT_EQ(TarnDirectoryCreateAttr((x + "\\y\\z").c_str(), FILE_ATTRIBUTE_HIDDEN, 0, ERR(err)), 1);
-  EXPECT_TRUE(NothingReported(err));
-  EXPECT_TRUE(IsDirectory(x + "\\y\\z"));
-  EXPECT_FALSE(IsHidden(dir.path()));
-  EXPECT_FALSE(IsHidden(x)) << "existed before";
-  EXPECT_TRUE(IsHidden(x + "\\y"));
-  EXPECT_TRUE(IsHidden(x + "\\y\\z"));
-
+  const DWORD hidden = FILE_ATTRIBUTE_HIDDEN, system = FILE_ATTRIBUTE_SYSTEM;
+  EXPECT_REPORT(1, 0, TarnDirectoryCreateAttr, (x + "\\y\\z").c_str(), hidden, 0);
+  EXPECT_TRUE(Has(x + "\\y\\z", hidden | FILE_ATTRIBUTE_DIRECTORY) && Has(x + "\\y", hidden));
+  EXPECT_FALSE(Has(x, hidden) || Has(dir.path(), hidden)) << "existed before";
   // Cleared first, then set: what is in both ends up set.
-  const std::string both = dir / "both";
-  EXPECT_EQ(TarnDirectoryCreateAttr(both.c_str(), FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM,
-                                    FILE_ATTRIBUTE_SYSTEM, ERR(err)),
-            1);
-  EXPECT_EQ(Attributes(both) & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM),
-            static_cast<DWORD>(FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM));
-  ::SetFileAttributesA(both.c_str(), FILE_ATTRIBUTE_NORMAL);
-
+  EXPECT_REPORT(1, 0, TarnDirectoryCreateAttr, (dir / "both").c_str(), hidden | system, system);
+  EXPECT_TRUE(Has(dir / "both", hidden | system));
+  ::SetFileAttributesA((dir / "both").c_str(), FILE_ATTRIBUTE_NORMAL);
   // A trailing backslash: the last level repeats the one before and exists.
-  const std::string trailing = dir / "t1\\t2\\";
-  EXPECT_EQ(TarnDirectoryCreateAttr(trailing.c_str(), FILE_ATTRIBUTE_HIDDEN, 0, ERR(err)), 1);
-  EXPECT_TRUE(NothingReported(err));
-  EXPECT_TRUE(IsHidden(dir / "t1\\t2"));
-  EXPECT_EQ(TarnDirectoryCreateAttr(trailing.c_str(), 0, 0, ERR(err)), 1) << "exists now";
-
-  // The same directories created by name only.
-  EXPECT_EQ(TarnDirectoryCreate((dir / "p\\q\\r").c_str(), ERR(err)), 1);
-  EXPECT_TRUE(IsDirectory(dir / "p\\q\\r"));
-  EXPECT_FALSE(IsHidden(dir / "p\\q"));
-  EXPECT_FALSE(IsHidden(dir / "p\\q\\r"));
-}
-
-TEST(DirectoryCreateAttr, OnlyTheLastLevelCounts) {
-  ScratchDir dir;
-  const files_test::LongTreeCleanup cleanup(dir.path());
-  tarn_test::WriteFile(dir / "file", "x");
-  ErrorOut err;
-  EXPECT_EQ(TarnDirectoryCreate(dir.path().c_str(), ERR(err)), 1) << "exists";
-  EXPECT_TRUE(NothingReported(err));
-  EXPECT_EQ(TarnDirectoryCreate((dir / "file").c_str(), ERR(err)), 1) << "exists as a file";
-  EXPECT_TRUE(NothingReported(err));
-  // A level above fails (a file is in the way), then the last one for want
-  // of its parent: that code is the one reported.
-  EXPECT_EQ(TarnDirectoryCreate((dir / "file\\sub").c_str(), ERR(err)), 0);
-  EXPECT_TRUE(Reported(err, ERROR_PATH_NOT_FOUND));
-  EXPECT_EQ(TarnDirectoryCreate((dir / "bad|name").c_str(), ERR(err)), 0);
-  EXPECT_TRUE(Reported(err, ERROR_INVALID_NAME));
+  EXPECT_REPORT(1, 0, TarnDirectoryCreateAttr, (dir / "t1\\t2\\").c_str(), hidden, 0);
+  EXPECT_TRUE(Has(dir / "t1\\t2", hidden));
+  EXPECT_REPORT(1, 0, TarnDirectoryCreate, (dir / "p\\q").c_str());
+  EXPECT_TRUE(IsDirectory(dir / "p\\q") && !Has(dir / "p", hidden) && !Has(dir / "p\\q", hidden));
 
   // UNC: \, \\server and \\server\share are tried first and fail without
   // effect; the share's last level reports the platform's own code. The
   // current directory is on the test drive meanwhile, so that a fault could
   // only touch that drive's root as "\".
-  {
-    char previous[MAX_PATH] = {};
-    ::GetCurrentDirectoryA(MAX_PATH, previous);
-    ASSERT_TRUE(::SetCurrentDirectoryA(dir.path().c_str()));
-    const char* unc = "\\\\tarn-no-server\\share\\dir";
-    ::SetLastError(0);
-    EXPECT_FALSE(::CreateDirectoryA(unc, nullptr));
-    const DWORD uncCode = ::GetLastError();
-    EXPECT_EQ(TarnDirectoryCreateAttr(unc, FILE_ATTRIBUTE_HIDDEN, 0, ERR(err)), 0);
-    EXPECT_TRUE(Reported(err, uncCode));
-    EXPECT_FALSE(IsHidden("\\")) << "a level that failed keeps its attributes";
-    ::SetFileAttributesA("\\", FILE_ATTRIBUTE_NORMAL);
-    ::SetCurrentDirectoryA(previous);
-  }
+  char previous[MAX_PATH] = {};
+  ::GetCurrentDirectoryA(MAX_PATH, previous);
+  ASSERT_TRUE(::SetCurrentDirectoryA(dir.path().c_str()));
+  const char* unc = "\\\\tarn-no-server\\share\\dir";
+  EXPECT_FALSE(::CreateDirectoryA(unc, nullptr));
+  const DWORD uncCode = ::GetLastError();
+  EXPECT_REPORT(0, uncCode, TarnDirectoryCreateAttr, unc, hidden, 0);
+  EXPECT_FALSE(Has("\\", hidden)) << "a level that failed keeps its attributes";
+  ::SetFileAttributesA("\\", FILE_ATTRIBUTE_NORMAL);
+  ::SetCurrentDirectoryA(previous);
 
-  // Bare drives succeed at once; bare names and short texts are refused.
-  for (const char* drive : {"T:", "T:\\", "S:", "S:\\", "T:x"}) {
-    err = ErrorOut();
-    EXPECT_EQ(TarnDirectoryCreate(drive, ERR(err)), 1) << drive;
-    EXPECT_TRUE(NothingReported(err));
+  // Only the last level counts.
+  tarn_test::WriteFile(dir / "file", "x");
+  const struct { std::string path; int result; DWORD code; } kCases[] = {
+      {dir.path(), 1, 0},
+      {dir / "file", 1, 0},  // exists as a file
+      // A level above fails (a file is in the way), then the last one for
+      // want of its parent: that code is the one reported.
+      {dir / "file\\sub", 0, ERROR_PATH_NOT_FOUND},
+      {dir / "bad|name", 0, ERROR_INVALID_NAME},
+      // Bare drives succeed at once; bare names and short texts are refused.
+      {"T:", 1, 0}, {"T:\\", 1, 0}, {"S:", 1, 0}, {"S:\\", 1, 0}, {"T:x", 1, 0},
+      {"newdir", 0, 0}, {"a", 0, 0}, {"", 0, 0},
+      // Beyond MAX_PATH: the copy lives on the heap.
+      {dir / std::string(120, 'a') + "\\" + std::string(120, 'b') + "\\" + std::string(40, 'c'),
+       1, 0},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.path);
+    EXPECT_REPORT(c.result, c.code, TarnDirectoryCreate, c.path.c_str());
   }
-  EXPECT_FALSE(IsDirectory("T:\\x")) << "nothing created for T:x";
-  for (const char* refused : {"newdir", "a", "", static_cast<const char*>(nullptr)}) {
-    err = ErrorOut();
-    EXPECT_EQ(TarnDirectoryCreate(refused, ERR(err)), 0) << (refused ? refused : "null");
-    EXPECT_TRUE(NothingReported(err));
-  }
-  EXPECT_FALSE(IsDirectory("newdir"));
+  EXPECT_REPORT(0, 0, TarnDirectoryCreate, nullptr);
+  EXPECT_FALSE(IsDirectory("T:\\x") || IsDirectory("newdir"));
 
-  // A path beyond MAX_PATH: the copy lives on the heap.
-  const std::string deep =
-      dir / std::string(120, 'a') + "\\" + std::string(120, 'b') + "\\" + std::string(40, 'c');
-  ASSERT_GT(deep.size(), static_cast<size_t>(MAX_PATH));
-  EXPECT_EQ(TarnDirectoryCreate(deep.c_str(), ERR(err)), 1) << err.text;
-}
-
-TEST(DirectoryCreateAttr, BackslashBytesInsideDoubleByteCharacters) {
-  ScratchDir dir;
-  // The narrow clean-up would see these names in another code page.
-  const files_test::LongTreeCleanup cleanup(dir.path());
+  // U+8868 is 0x95 0x5C in code page 932: its second byte is a backslash
+  // that separates nothing, so no level may end inside it.
   JapaneseCodePage japanese;
-  // U+8868 is 0x95 0x5C in code page 932: its second byte is a backslash.
   const wchar_t table[] = {0x8868, 0};
-  char narrowTable[8] = {};
-  ASSERT_EQ(::WideCharToMultiByte(932, 0, table, -1, narrowTable, sizeof(narrowTable), nullptr,
-                                  nullptr),
-            3);
-  ASSERT_EQ(narrowTable[1], '\\');
-  const std::string path = dir / narrowTable + "\\inner";
-  ErrorOut err;
-  EXPECT_EQ(TarnDirectoryCreate(path.c_str(), ERR(err)), 1) << err.text;
-  const std::wstring wideDir(dir.path().begin(), dir.path().end());
-  const DWORD attributes = ::GetFileAttributesW((wideDir + L"\\" + table + L"\\inner").c_str());
-  EXPECT_NE(attributes, INVALID_FILE_ATTRIBUTES);
-  EXPECT_TRUE(attributes & FILE_ATTRIBUTE_DIRECTORY);
+  char narrow[8] = {};
+  ASSERT_EQ(::WideCharToMultiByte(932, 0, table, -1, narrow, sizeof(narrow), nullptr, nullptr), 3);
+  ASSERT_EQ(narrow[1], '\\');
+  ASSERT_TRUE(::CreateDirectoryA((dir / "j").c_str(), nullptr));
+  EXPECT_REPORT(1, 0, TarnDirectoryCreate, (dir / "j\\" + narrow + "\\inner").c_str());
+  const std::wstring j = std::wstring(dir.path().begin(), dir.path().end()) + L"\\j\\";
+  int entries = 0;  // ".", ".." and the one level
+  WIN32_FIND_DATAW found;
+  HANDLE search = ::FindFirstFileW((j + L"*").c_str(), &found);
+  for (BOOL more = search != INVALID_HANDLE_VALUE; more; more = ::FindNextFileW(search, &found))
+    ++entries;
+  ::FindClose(search);
+  EXPECT_EQ(entries, 3);
+  const DWORD attributes = ::GetFileAttributesW((j + table + L"\\inner").c_str());
+  EXPECT_TRUE(attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY));
 }
 
 }  // namespace
