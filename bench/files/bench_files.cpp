@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_clock.h"
 #include "tarn/files.h"
 
 namespace {
@@ -87,21 +88,11 @@ void Count(HMODULE module, const char* name, F counter, F* original, std::string
   }
 }
 
-double Seconds() {
-  static LARGE_INTEGER frequency = [] {
-    LARGE_INTEGER f;
-    ::QueryPerformanceFrequency(&f);
-    return f;
-  }();
-  LARGE_INTEGER now;
-  ::QueryPerformanceCounter(&now);
-  return static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
 
 double PerCall(const std::function<void()>& call, int calls) {
-  const double start = Seconds();
+  const double start = tarn_bench::Seconds();
   for (int i = 0; i < calls; ++i) call();
-  return (Seconds() - start) / calls;
+  return (tarn_bench::Seconds() - start) / calls;
 }
 
 double Median(std::vector<double> values) {

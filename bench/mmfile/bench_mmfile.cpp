@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_clock.h"
 #include "tarn/files.h"
 #include "tarn/memory.h"
 
@@ -25,16 +26,6 @@ constexpr DWORD kChunks = 256;
 constexpr ULONGLONG kFileSize = static_cast<ULONGLONG>(kChunk) * kChunks;
 constexpr int kRounds = 5;
 
-double Now() {
-  static LARGE_INTEGER frequency = [] {
-    LARGE_INTEGER f;
-    ::QueryPerformanceFrequency(&f);
-    return f;
-  }();
-  LARGE_INTEGER now;
-  ::QueryPerformanceCounter(&now);
-  return static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
 
 uint64_t Sum(const unsigned char* bytes, size_t size) {
   uint64_t sum = 0;
@@ -65,7 +56,7 @@ bool WriteTestFile(const std::string& path) {
 // seconds of a second pass over the same view, whose pages are then in place:
 // the difference is the cost of bringing the view's pages in.
 double ReadMapped(const std::string& path, uint64_t* sum, double* again) {
-  const double start = Now();
+  const double start = tarn_bench::Seconds();
   CTarnMmFile file;
   DWORD code = 0;
   const unsigned char* view =
@@ -77,17 +68,17 @@ double ReadMapped(const std::string& path, uint64_t* sum, double* again) {
   *sum = 0;
   // In 1 MiB pieces, as the other reader sums them.
   for (DWORD c = 0; c < kChunks; ++c) *sum += Sum(view + static_cast<size_t>(c) * kChunk, kChunk);
-  const double first = Now() - start;
-  const double second_start = Now();
+  const double first = tarn_bench::Seconds() - start;
+  const double second_start = tarn_bench::Seconds();
   uint64_t second = 0;
   for (DWORD c = 0; c < kChunks; ++c) second += Sum(view + static_cast<size_t>(c) * kChunk, kChunk);
-  *again = second == *sum ? Now() - second_start : -1;
+  *again = second == *sum ? tarn_bench::Seconds() - second_start : -1;
   file.Close();
   return first;
 }
 
 double ReadChunks(const std::string& path, std::vector<unsigned char>& buffer, uint64_t* sum) {
-  const double start = Now();
+  const double start = tarn_bench::Seconds();
   DWORD code = 0;
   HANDLE file = TarnFileOpen(path.c_str(), GENERIC_READ, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
                              FILE_SHARE_READ, &code, nullptr, 0);
@@ -106,7 +97,7 @@ double ReadChunks(const std::string& path, std::vector<unsigned char>& buffer, u
     fprintf(stderr, "TarnFileRead failed: %lu\n", code);
     return -1;
   }
-  return Now() - start;
+  return tarn_bench::Seconds() - start;
 }
 
 double MiBPerSecond(double seconds) {
