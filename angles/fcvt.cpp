@@ -138,6 +138,11 @@ int FixedDigits(char* digits, size_t size, double value, int decimals, int* poin
   const double integerDigits = magnitude < 1.0 ? 1.0 : floor(log10(magnitude)) + 2.0;
   const double places = decimals > 0 ? decimals : 0;
   if (integerDigits + places + 1.0 > static_cast<double>(size)) return ERANGE;
+  // Wine's _fcvt_s formats into an 80-byte buffer of its own and returns no
+  // digits or stray bytes for longer numbers; those take the portable path,
+  // which agrees with the runtime wherever both work.
+  if (integerDigits + places + 1.0 > 80.0)
+    return PortableFixedDigits(digits, size, value, decimals, point, negative);
   return _fcvt_s(digits, size, value, decimals, point, negative);
 #else
   return PortableFixedDigits(digits, size, value, decimals, point, negative);

@@ -1,5 +1,6 @@
 // Digit conversion of the decimal angle texts: the runtime's _fcvt_s where
-// there is one, an implementation of the same contract elsewhere.
+// there is one, an implementation of the same contract elsewhere and for
+// numbers of 80 characters or more.
 #ifndef TARN_ANGLES_FCVT_H
 #define TARN_ANGLES_FCVT_H
 

@@ -119,6 +119,9 @@ TEST(AngleText, CopyIntoTheCallersBuffer) {
   EXPECT_EQ(a.AngleToString(large, sizeof large, A::eDmsAligned, 2000000000), 49u);
   EXPECT_EQ(a.AngleToString(large, sizeof large, A::eDmsMarked, -2147483647 - 1), 49u);
   EXPECT_EQ(Rad(1e50).AngleToString(large, sizeof large, A::eRad, 2), 49u);
+  // Beyond 80 characters too (Wine's runtime conversion stops there).
+  EXPECT_EQ(Rad(-1e300).AngleToString(large, sizeof large, A::eRad, 2), 49u);
+  EXPECT_EQ(std::string(large, 6), "-10000");
 }
 
 }  // namespace
