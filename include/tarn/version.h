@@ -49,8 +49,9 @@ class TARN_API CTarnFileVersionInfo {
   // The string value `pszValueName` under translation `dwTranslation`
   // (language in the high word, code page in the low; 0 = the object's own,
   // e.g. 0x040704E4 reads "\StringFileInfo\040704e4\<name>").
-  // 1 on success. A value the resource lacks, or an empty one: 0 with the
-  // buffer empty. A null or empty name, or a closed object: 0 with the
+  // 1 on success. A value the resource lacks, or one of length 0: 0 with the
+  // buffer empty (a value stored as a lone terminator gives 1 and an empty
+  // text). A null or empty name, or a closed object: 0 with the
   // not-available text in the buffer.
   int QueryValue(char* pszBuffer, DWORD cchBuffer, const char* pszValueName, DWORD dwTranslation);
 
