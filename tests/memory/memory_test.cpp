@@ -488,6 +488,7 @@ TEST(SharedMemory, CreateOpenAndTheNameInUse) {
   EXPECT_EQ(again.Create(name.c_str(), 4096, &in_use.code, in_use.text, sizeof(in_use.text)),
             nullptr);
   EXPECT_TRUE(in_use.Is(0));
+  EXPECT_EQ(again.Size(), 0u) << "the size is recorded only past the name check";
   EXPECT_EQ(creator.Create(other.c_str(), 100, &held.code, held.text, sizeof(held.text)), nullptr);
   EXPECT_TRUE(held.Is(0));
   EXPECT_EQ(opener.Open(name.c_str(), nullptr, nullptr, 0), nullptr);
@@ -507,6 +508,8 @@ TEST(SharedMemory, CreateOpenAndTheNameInUse) {
   EXPECT_EQ(opened[4095], 0x77);
   opener.Close();
   EXPECT_EQ(again.Exist(name.c_str()), 0);
+  EXPECT_EQ(creator.Open(name.c_str(), nullptr, nullptr, 0), nullptr);
+  EXPECT_EQ(creator.Size(), 0u) << "a failed Open resets the size";
   EXPECT_EQ(HandleCount(), handles);
 }
 
