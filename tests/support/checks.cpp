@@ -135,6 +135,11 @@ void CheckErrorRows(const std::vector<ErrorRow>& rows) {
     EXPECT_EQ(code, row.code);
     EXPECT_STREQ(untouched, "untouched") << "a buffer of size 0 is not written";
 
+    char one[] = "xy";
+    row.call(&code, one, 1);
+    EXPECT_EQ(one[0], '\0') << "a buffer of size 1 holds the terminator only";
+    EXPECT_EQ(one[1], 'y') << "written past a buffer of size 1";
+
     EXPECT_EQ(row.call(nullptr, nullptr, 0), row.result);
   }
 }

@@ -2,7 +2,8 @@
 // checks themselves live here once.
 //
 //  - CheckErrorRows: the error out-parameters of an operation (code, the
-//    system's text for it, cleared on entry, size 0 untouched, null pointers).
+//    system's text for it, cleared on entry, size 0 untouched, size 1 the
+//    terminator only, null pointers).
 //  - CheckTextRows: an operation writing text into a caller buffer, at sizes
 //    0, 1, n and n + 1, with the buffer's end against an inaccessible page and
 //    a canary before its start.
@@ -40,9 +41,10 @@ struct ErrorRow {
   DWORD code;
 };
 
-// Runs each row three times: with out-parameters full of junk (the code and
+// Runs each row four times: with out-parameters full of junk (the code and
 // the text must be the expected ones), with a text buffer of size 0 (never
-// written) and with null pointers (same result, no crash).
+// written), with one of size 1 (the terminator only) and with null pointers
+// (same result, no crash).
 void CheckErrorRows(const std::vector<ErrorRow>& rows);
 
 // Runs `body` once to warm up, then `times` times, and expects the process to

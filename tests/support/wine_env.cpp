@@ -36,8 +36,10 @@ std::string Root(char drive) { return std::string(1, drive) + ":\\"; }
 
 ScratchDir::ScratchDir(char drive) {
   static std::atomic<unsigned> counter{0};
+  // Wine reuses process ids: the tick count keeps a name from meeting what
+  // an earlier, failed run may have left behind.
   path_ = Root(drive) + "tarn-" + std::to_string(::GetCurrentProcessId()) + "-" +
-          std::to_string(counter++);
+          std::to_string(::GetTickCount64()) + "-" + std::to_string(counter++);
   RemoveTree(path_);
   if (!::CreateDirectoryA(path_.c_str(), nullptr))
     ADD_FAILURE() << "cannot create " << path_ << ": " << ::GetLastError();
