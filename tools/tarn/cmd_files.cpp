@@ -1,46 +1,72 @@
-// tarn temp, tarn folder CSIDL..., tarn dir DIR...: temporary files, known
-// folders and directory listings.
+// tarn temp, tarn folder, tarn dir: temporary files, known folders and
+// directory listings.
 #include <windows.h>
 
 #include <shlobj.h>
-#include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
-
-#include <string>
 
 #include "commands.h"
 #include "tarn/files.h"
 
+namespace tarn_tool {
 namespace {
 
-struct KnownFolder {
-  const char* name;
-  int csidl;
-};
-
-const KnownFolder kFolders[] = {
-    {"desktop", CSIDL_DESKTOPDIRECTORY},  {"documents", CSIDL_PERSONAL},
-    {"appdata", CSIDL_APPDATA},           {"localappdata", CSIDL_LOCAL_APPDATA},
+const std::map<std::string, int> kFolders = {
+    {"desktop", CSIDL_DESKTOPDIRECTORY}, {"documents", CSIDL_PERSONAL},
+    {"appdata", CSIDL_APPDATA},          {"localappdata", CSIDL_LOCAL_APPDATA},
     {"commonappdata", CSIDL_COMMON_APPDATA}, {"programfiles", CSIDL_PROGRAM_FILES},
-    {"windows", CSIDL_WINDOWS},           {"system", CSIDL_SYSTEM},
-    {"fonts", CSIDL_FONTS},               {"startup", CSIDL_STARTUP},
+    {"windows", CSIDL_WINDOWS},          {"system", CSIDL_SYSTEM},
+    {"fonts", CSIDL_FONTS},              {"startup", CSIDL_STARTUP},
 };
 
-// A folder name from the table, or a CSIDL number (decimal or 0x...).
-bool ParseFolder(const char* text, int* csidl) {
-  for (const KnownFolder& f : kFolders) {
-    if (_stricmp(text, f.name) == 0) {
-      *csidl = f.csidl;
-      return true;
-    }
-  }
-  char* end = nullptr;
-  const long value = strtol(text, &end, 0);
-  if (!*text || *end) return false;
-  *csidl = static_cast<int>(value);
-  return true;
+Json Optional(bool present, const char* text) { return present ? Json(text) : Json(); }
+
+// --- tarn temp [PREFIX] ------------------------------------------------------
+
+struct TempArguments {
+  std::string prefix = "trn";
+  bool json = false;
+};
+
+int RunTemp(const TempArguments& args) {
+  char directory[MAX_PATH + 1];
+  const DWORD length = TarnTempDirectory(directory, sizeof directory);
+  if (length == 0 || length >= sizeof directory)
+    return Fail("TMP", length ? "the temporary directory's path is too long"
+                              : "no temporary directory");
+  char name[MAX_PATH + 1], exe[MAX_PATH], dll[MAX_PATH];
+  const bool named = TarnTempFilename(name, sizeof name, nullptr, args.prefix.c_str()) != 0;
+  const bool exe_found = TarnGetModulePath(nullptr, exe, sizeof exe) != 0;
+  const bool dll_found = TarnGetModulePath(::GetModuleHandleA("tarn.dll"), dll, sizeof dll) != 0;
+  PrintRecords(Json::array({{{"directory", directory},
+                             {"freshName", Optional(named, name)},
+                             {"exeDirectory", Optional(exe_found, exe)},
+                             {"dllDirectory", Optional(dll_found, dll)}}}),
+               args.json, Layout::kLines);
+  return 0;
 }
+
+// --- tarn folder NAME|CSIDL... -----------------------------------------------
+
+struct FolderArguments {
+  std::vector<int> folders;  // CSIDL numbers (names are replaced by theirs)
+  bool json = false;
+};
+
+int RunFolder(const FolderArguments& args) {
+  Json records = Json::array();
+  int result = 0;
+  for (const int csidl : args.folders) {
+    char path[MAX_PATH];
+    if (TarnGetFolderPath(csidl, path, sizeof path))
+      records.push_back({{"csidl", csidl}, {"path", path}});
+    else
+      result = Fail(std::to_string(csidl), "the system has no path for this folder");
+  }
+  PrintRecords(records, args.json, Layout::kRow);
+  return result;
+}
+
+// --- tarn dir DIR... -----------------------------------------------------------
 
 std::string Attributes(DWORD attributes) {
   std::string text;
@@ -52,101 +78,80 @@ std::string Attributes(DWORD attributes) {
   return text;
 }
 
-void PrintEntry(const WIN32_FIND_DATAA& entry) {
+Json Entry(const std::string& directory, const WIN32_FIND_DATAA& entry) {
   SYSTEMTIME time = {};
   FILETIME local;
   ::FileTimeToLocalFileTime(&entry.ftLastWriteTime, &local);
   ::FileTimeToSystemTime(&local, &time);
+  char written[32];
+  snprintf(written, sizeof written, "%04u-%02u-%02uT%02u:%02u:%02u", time.wYear, time.wMonth,
+           time.wDay, time.wHour, time.wMinute, time.wSecond);
   const unsigned long long size =
       (static_cast<unsigned long long>(entry.nFileSizeHigh) << 32) | entry.nFileSizeLow;
-  printf("  %s %04u-%02u-%02u %02u:%02u %12llu  %s", Attributes(entry.dwFileAttributes).c_str(),
-         time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, size, entry.cFileName);
-  if (entry.cAlternateFileName[0]) printf("  (%s)", entry.cAlternateFileName);
-  printf("\n");
+  return {{"directory", directory}, {"attributes", Attributes(entry.dwFileAttributes)},
+          {"written", written},     {"size", size},
+          {"name", entry.cFileName}, {"shortName", entry.cAlternateFileName}};
 }
 
-// Lists one directory: TarnDirectoryFind on DIR\* hands back the search when
-// its first entry is a directory ("." usually); the rest follows with
-// FindNextFileA.
-int ListDirectory(const char* dir) {
-  std::string pattern = dir;
-  if (!pattern.empty() && pattern.back() != '\\' && pattern.back() != ':') pattern += '\\';
-  pattern += '*';
-  DWORD code = 0;
-  char text[256] = "";
-  WIN32_FIND_DATAA entry;
-  HANDLE find = TarnDirectoryFind(pattern.c_str(), &entry, &code, text, sizeof(text));
-  printf("%s\n", dir);
-  if (find == INVALID_HANDLE_VALUE) {
-    if (code) {
-      fprintf(stderr, "%s: error %lu: %s", dir, code, text);
-      return 1;
+struct DirArguments {
+  std::vector<std::string> directories;
+  bool json = false;
+};
+
+// Every entry of each directory (a drive's root has no "." and ".."), as the
+// platform's search of DIR\* gives them.
+int RunDir(const DirArguments& args) {
+  Json records = Json::array();
+  int result = 0;
+  for (const std::string& directory : args.directories) {
+    const DWORD attributes = ::GetFileAttributesA(directory.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+      result = Fail(directory, SystemText(::GetLastError()));
+      continue;
     }
-    // The first entry is a file: its record is there, but no search.
-    PrintEntry(entry);
-    printf("  (a file came first: no search to continue)\n");
-    return 0;
+    if (!(attributes & FILE_ATTRIBUTE_DIRECTORY)) {
+      result = Fail(directory, "not a directory");
+      continue;
+    }
+    std::string pattern = directory;
+    if (pattern.back() != '\\' && pattern.back() != '/' && pattern.back() != ':') pattern += '\\';
+    pattern += '*';
+    WIN32_FIND_DATAA entry;
+    const HANDLE find = ::FindFirstFileA(pattern.c_str(), &entry);
+    if (find == INVALID_HANDLE_VALUE) continue;  // an empty root has no entry at all
+    do records.push_back(Entry(directory, entry));
+    while (::FindNextFileA(find, &entry));
+    ::FindClose(find);
   }
-  int count = 0;
-  do {
-    PrintEntry(entry);
-    ++count;
-  } while (::FindNextFileA(find, &entry));
-  ::FindClose(find);
-  printf("  %d entries\n", count);
-  return 0;
+  PrintRecords(records, args.json, Layout::kRow);
+  return result;
 }
 
 }  // namespace
 
-int CmdTemp(int argc, char** argv) {
-  char buffer[MAX_PATH + 1];
-  const DWORD length = TarnTempDirectory(buffer, sizeof(buffer));
-  if (length == 0) {
-    fprintf(stderr, "no temporary directory\n");
-    return 1;
-  }
-  printf("temporary directory  %s%s\n", buffer, length >= sizeof(buffer) ? " (cut)" : "");
-  const char* prefix = argc > 0 ? argv[0] : "trn";
-  if (TarnTempFilename(buffer, sizeof(buffer), nullptr, prefix))
-    printf("a fresh name         %s\n", buffer);
-  if (TarnGetModulePath(nullptr, buffer, sizeof(buffer)))
-    printf("tarn.exe is in       %s\n", buffer);
-  if (TarnGetModulePath(::GetModuleHandleA("tarn.dll"), buffer, sizeof(buffer)))
-    printf("tarn.dll is in       %s\n", buffer);
-  return 0;
+Runner DeclareTemp(CLI::App& command) {
+  auto args = std::make_shared<TempArguments>();
+  command.add_option("prefix", args->prefix, "prefix of the fresh name")->capture_default_str();
+  AddJsonFlag(command, args->json);
+  return [args] { return RunTemp(*args); };
 }
 
-int CmdFolder(int argc, char** argv) {
-  if (argc < 1) {
-    fprintf(stderr, "usage: tarn folder NAME|CSIDL...\n  names:");
-    for (const KnownFolder& f : kFolders) fprintf(stderr, " %s", f.name);
-    fprintf(stderr, "\n");
-    return 2;
-  }
-  int failures = 0;
-  for (int i = 0; i < argc; ++i) {
-    int csidl = 0;
-    char path[MAX_PATH];
-    if (!ParseFolder(argv[i], &csidl)) {
-      fprintf(stderr, "%s: not a folder name or number\n", argv[i]);
-      ++failures;
-    } else if (TarnGetFolderPath(csidl, path, sizeof(path))) {
-      printf("%-14s %s\n", argv[i], path);
-    } else {
-      printf("%-14s (none)\n", argv[i]);
-      ++failures;
-    }
-  }
-  return failures ? 1 : 0;
+Runner DeclareFolder(CLI::App& command) {
+  auto args = std::make_shared<FolderArguments>();
+  command.add_option("folder", args->folders, "appdata, documents, fonts, ... or a CSIDL number")
+      ->required()
+      ->type_name("NAME|CSIDL")
+      ->transform(CLI::Transformer(kFolders, CLI::ignore_case).description(""))
+      ->check(CLI::Range(0, 0xFF));
+  AddJsonFlag(command, args->json);
+  return [args] { return RunFolder(*args); };
 }
 
-int CmdDir(int argc, char** argv) {
-  if (argc < 1) {
-    fprintf(stderr, "usage: tarn dir DIR...\n");
-    return 2;
-  }
-  int failures = 0;
-  for (int i = 0; i < argc; ++i) failures += ListDirectory(argv[i]);
-  return failures ? 1 : 0;
+Runner DeclareDir(CLI::App& command) {
+  auto args = std::make_shared<DirArguments>();
+  command.add_option("directory", args->directories, "directories to list")->required();
+  AddJsonFlag(command, args->json);
+  return [args] { return RunDir(*args); };
 }
+
+}  // namespace tarn_tool

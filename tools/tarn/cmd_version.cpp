@@ -3,22 +3,20 @@
 // and the operating system as CTarnSystemVersionInfo identifies it.
 #include <windows.h>
 
-#include <stdio.h>
-
 #include "commands.h"
 #include "tarn/core.h"
+#include "tarn/files.h"
 #include "tarn/version.h"
 
+namespace tarn_tool {
 namespace {
 
 using Getter = int (CTarnFileVersionInfo::*)(char*, DWORD);
 
-struct NamedGetter {
+const struct {
   const char* name;
   Getter get;
-};
-
-const NamedGetter kStandardValues[] = {
+} kStandardValues[] = {
     {"CompanyName", &CTarnFileVersionInfo::GetCompanyName},
     {"FileDescription", &CTarnFileVersionInfo::GetFileDescription},
     {"FileVersion", &CTarnFileVersionInfo::GetFileVersion},
@@ -27,96 +25,83 @@ const NamedGetter kStandardValues[] = {
     {"OriginalFilename", &CTarnFileVersionInfo::GetOriginalFilename},
     {"ProductName", &CTarnFileVersionInfo::GetProductName},
     {"ProductVersion", &CTarnFileVersionInfo::GetProductVersion},
+    {"FixedFileVersion", &CTarnFileVersionInfo::GetFixedFileVersion},
+    {"FixedProductVersion", &CTarnFileVersionInfo::GetFixedProductVersion},
+    {"HelpFileName", &CTarnFileVersionInfo::GetHelpFileName},
 };
 
-// Values that some resources carry besides the standard eight; shown only
+// Values that some resources carry besides the standard ones; listed only
 // when present.
 const char* const kOptionalValues[] = {"Comments", "LegalTrademarks", "PrivateBuild",
-                                       "SpecialBuild", "HelpFileName"};
+                                       "SpecialBuild"};
 
-const char* SystemName(CTarnSystemVersionInfo::eOperatingSystem os) {
-  switch (os) {
-    case CTarnSystemVersionInfo::eWin32S:
-      return "Win32s";
-    case CTarnSystemVersionInfo::eWin95:
-      return "Windows 95";
-    case CTarnSystemVersionInfo::eWin98:
-      return "Windows 98";
-    case CTarnSystemVersionInfo::eWinME:
-      return "Windows Me";
-    case CTarnSystemVersionInfo::eNT35:
-      return "Windows NT 3.5x";
-    case CTarnSystemVersionInfo::eNT40:
-      return "Windows NT 4.0";
-    case CTarnSystemVersionInfo::eWin2000:
-      return "Windows 2000";
-    case CTarnSystemVersionInfo::eWinXP:
-      return "Windows XP";
-    case CTarnSystemVersionInfo::eWinServer2003:
-      return "Windows Server 2003";
-    case CTarnSystemVersionInfo::eWinVista:
-      return "Windows Vista";
-    case CTarnSystemVersionInfo::eWin7:
-      return "Windows 7";
-    default:
-      return "unknown";
-  }
-}
+const char* const kSystemNames[] = {
+    "unknown",   "Win32s",     "Windows 95",   "Windows 98",          "Windows Me",
+    "Windows NT 3.5x", "Windows NT 4.0", "Windows 2000", "Windows XP",
+    "Windows Server 2003", "Windows Vista", "Windows 7"};
 
-void PrintValue(const char* label, int found, const char* text) {
-  printf("  %-22s  %s\n", label, found ? text : "-");
-}
-
-void PrintFileVersion(CTarnFileVersionInfo& info) {
+Json FileRecord(const std::string& module, CTarnFileVersionInfo& info) {
+  Json record = {{"module", module}};
   char text[MAX_PATH];
-  for (const NamedGetter& value : kStandardValues) {
-    const int found = (info.*value.get)(text, sizeof text);
-    PrintValue(value.name, found, text);
-  }
+  for (const auto& value : kStandardValues)
+    record[value.name] = (info.*value.get)(text, sizeof text) ? Json(text) : Json();
   for (const char* name : kOptionalValues)
-    if (info.QueryValue(text, sizeof text, name, 0)) PrintValue(name, 1, text);
-
-  int found = info.GetFixedFileVersion(text, sizeof text);
-  PrintValue("fixed file version", found, text);
-  found = info.GetFixedProductVersion(text, sizeof text);
-  PrintValue("fixed product version", found, text);
+    if (info.QueryValue(text, sizeof text, name, 0)) record[name] = text;
   VS_FIXEDFILEINFO fixed = {};
   if (info.GetFixedInfo(fixed)) {
-    printf("  %-22s  0x%08lX\n", "file flags", fixed.dwFileFlags & fixed.dwFileFlagsMask);
-    printf("  %-22s  0x%08lX\n", "file OS", fixed.dwFileOS);
-    printf("  %-22s  %lu (subtype %lu)\n", "file type", fixed.dwFileType, fixed.dwFileSubtype);
+    record["FileFlags"] = fixed.dwFileFlags & fixed.dwFileFlagsMask;
+    record["FileOS"] = fixed.dwFileOS;
+    record["FileType"] = fixed.dwFileType;
+    record["FileSubtype"] = fixed.dwFileSubtype;
   }
-  found = info.GetHelpFileName(text, sizeof text);
-  PrintValue("help file", found, text);
+  return record;
 }
 
-void PrintSystem() {
+Json SystemRecord() {
   const CTarnSystemVersionInfo system;
-  printf("operating system\n");
-  printf("  %-22s  %s (%d)\n", "identified", SystemName(system.GetOperatingSystem()),
-         static_cast<int>(system.GetOperatingSystem()));
-  printf("  %-22s  %s\n", "NT platform", system.IsWinNTPlatform() ? "yes" : "no");
-  printf("  %-22s  %s\n", "terminal server", system.IsTerminalServer() ? "yes" : "no");
+  const int os = static_cast<int>(system.GetOperatingSystem());
+  const int known = sizeof kSystemNames / sizeof kSystemNames[0];
+  return {{"system", os >= 0 && os < known ? kSystemNames[os] : "unknown"},
+          {"identifier", os},
+          {"NTPlatform", system.IsWinNTPlatform() != 0},
+          {"TerminalServer", system.IsTerminalServer() != 0}};
+}
+
+struct Arguments {
+  std::string module;
+  bool json = false;
+};
+
+int Run(const Arguments& args) {
+  CTarnFileVersionInfo info;
+  std::string module = args.module;
+  int opened = 0;
+  if (module.empty()) {
+    char path[MAX_PATH] = "";
+    ::GetModuleFileNameA(TarnGetResourceHandle(), path, MAX_PATH);
+    module = path;
+    opened = info.Open(TarnGetResourceHandle());
+  } else {
+    // The module must be there as a file before its resource is looked at.
+    DWORD code = 0;
+    char text[512] = "";
+    if (!TarnFileFind(module.c_str(), &code, text, sizeof text))
+      return Fail(module, code ? text : "a directory, not a module");
+    opened = info.Open(module.c_str());
+  }
+  if (!opened) return Fail(module, "no version resource with a translation table");
+  PrintRecords(Json::array({FileRecord(module, info), SystemRecord()}), args.json,
+               Layout::kLines);
+  return 0;
 }
 
 }  // namespace
 
-int CmdVersion(int argc, char** argv) {
-  CTarnFileVersionInfo info;
-  char path[MAX_PATH] = {};
-  int opened = 0;
-  if (argc > 0) {
-    snprintf(path, sizeof path, "%s", argv[0]);
-    opened = info.Open(argv[0]);
-  } else {
-    ::GetModuleFileNameA(TarnGetResourceHandle(), path, MAX_PATH);
-    opened = info.Open(TarnGetResourceHandle());
-  }
-  printf("%s\n", path);
-  if (opened)
-    PrintFileVersion(info);
-  else
-    printf("  no version resource with a translation table\n");
-  PrintSystem();
-  return opened ? 0 : 1;
+Runner DeclareVersion(CLI::App& command) {
+  auto args = std::make_shared<Arguments>();
+  command.add_option("module", args->module, "a DLL or program (default: tarn.dll)");
+  AddJsonFlag(command, args->json);
+  return [args] { return Run(*args); };
 }
+
+}  // namespace tarn_tool

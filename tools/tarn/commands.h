@@ -1,23 +1,22 @@
-// The commands of tarn.exe. Each takes the arguments after its name and
-// returns the process exit code.
+// The commands of tarn.exe: each file declares one or more with a function
+// of this shape, listed in main.cpp's table.
 #ifndef TARN_TOOL_COMMANDS_H
 #define TARN_TOOL_COMMANDS_H
 
-int CmdAngle(int argc, char** argv);
-int CmdPaths(int argc, char** argv);
-int CmdVersion(int argc, char** argv);
-int CmdTemp(int argc, char** argv);    // cmd_files.cpp
-int CmdFolder(int argc, char** argv);  // cmd_files.cpp
-int CmdDir(int argc, char** argv);     // cmd_files.cpp
+#include "tool.h"
 
-int CmdDms(int argc, char** argv);    // cmd_numerics.cpp
-int CmdGccc(int argc, char** argv);   // cmd_numerics.cpp
-int CmdCrc32(int argc, char** argv);  // cmd_numerics.cpp
+namespace tarn_tool {
 
-struct Command {
-  const char* name;
-  const char* usage;
-  int (*run)(int argc, char** argv);
-};
+Runner DeclareVersion(CLI::App& command);  // cmd_version.cpp
+Runner DeclarePath(CLI::App& command);     // cmd_paths.cpp
+Runner DeclareTemp(CLI::App& command);     // cmd_files.cpp
+Runner DeclareFolder(CLI::App& command);   // cmd_files.cpp
+Runner DeclareDir(CLI::App& command);      // cmd_files.cpp
+Runner DeclareAngle(CLI::App& command);    // cmd_angle.cpp
+Runner DeclareDms(CLI::App& command);      // cmd_numerics.cpp
+Runner DeclareGccc(CLI::App& command);     // cmd_numerics.cpp
+Runner DeclareCrc32(CLI::App& command);    // cmd_numerics.cpp
+
+}  // namespace tarn_tool
 
 #endif  // TARN_TOOL_COMMANDS_H

@@ -1,41 +1,74 @@
-// tarn.exe: shows the library at work from the command line.
+// tarn.exe: the library at work from the command line. Exit codes: 0
+// success, 1 an operation failed, 2 a usage error.
+#include <windows.h>
+
 #include <stdio.h>
-#include <string.h>
+
+#include <map>
+#include <string>
 
 #include "commands.h"
+#include "tarn/core.h"
+#include "tarn/version.h"
 
+namespace tarn_tool {
 namespace {
 
 const Command kCommands[] = {
-    {"version", "version [MODULE]        version values of MODULE (tarn.dll by default), the system",
-     CmdVersion},
-    {"path", "path PATH...            path rules: valid, reserved, same drive as the first",
-     CmdPaths},
-    {"temp", "temp [PREFIX]           temporary directory, a fresh name, module directories",
-     CmdTemp},
-    {"folder", "folder NAME|CSIDL...    known folders (appdata, documents, fonts, ... or numbers)",
-     CmdFolder},
-    {"dir", "dir DIR...              directory listing through TarnDirectoryFind", CmdDir},
-    {"angle", "angle VALUE UNIT        an angle in every unit and text form (rad, deg, gon, D:M:S dms)",
-     CmdAngle},
-    {"dms", "dms VALUE [deg|rad|dms [DECIMALS [WRAP]]]  packed DD.MMSS and parts of an angle",
-     CmdDms},
-    {"gccc", "gccc VALUE [gon|rad|gccc [DECIMALS [WRAP]]] packed GG.CCCC and parts of an angle",
-     CmdGccc},
-    {"crc32", "crc32 FILE...           CRC-32 of each file (zlib's checksum)", CmdCrc32},
+    {"version", "version values of a module (tarn.dll by default) and the system",
+     DeclareVersion},
+    {"path", "path rules of each path, compared with the first", DeclarePath},
+    {"temp", "the temporary directory, a fresh name, the module directories", DeclareTemp},
+    {"folder", "known folders by name or CSIDL number, created when missing", DeclareFolder},
+    {"dir", "the entries of each directory", DeclareDir},
+    {"angle", "an angle in every unit, range and text form", DeclareAngle},
+    {"dms", "an angle as packed DD.MMSS and as degrees, minutes, seconds", DeclareDms},
+    {"gccc", "an angle as packed GG.CCCC and as gon, centigon, centi-centigon", DeclareGccc},
+    {"crc32", "the CRC-32 of files (zlib's checksum)", DeclareCrc32},
 };
 
-int Usage() {
-  fprintf(stderr, "usage: tarn COMMAND [ARGS]\n");
-  for (const Command& c : kCommands) fprintf(stderr, "  tarn %s\n", c.usage);
+// "NAME VERSION" of a module from its version resource.
+std::string ModuleVersion(const char* name, HINSTANCE module) {
+  CTarnFileVersionInfo info;
+  char version[64] = "(no version resource)";
+  if (info.Open(module)) info.GetFileVersion(version, sizeof version);
+  return std::string(name) + " " + version;
+}
+
+// A usage error: one line naming what was wrong, then where help is.
+int UsageError(const CLI::App& app, const CLI::ParseError& error) {
+  std::string command = "tarn";
+  for (const CLI::App* sub : app.get_subcommands()) command += " " + sub->get_name();
+  fprintf(stderr, "%s: %s\nRun '%s --help' for more information.\n", command.c_str(),
+          error.what(), command.c_str());
   return 2;
 }
 
 }  // namespace
+}  // namespace tarn_tool
 
 int main(int argc, char** argv) {
-  if (argc < 2) return Usage();
-  for (const Command& c : kCommands)
-    if (strcmp(argv[1], c.name) == 0) return c.run(argc - 2, argv + 2);
-  return Usage();
+  using namespace tarn_tool;
+  CLI::App app{"tarn: the Tarn library at work", "tarn"};
+  app.set_version_flag("--version", [] {
+    return ModuleVersion("tarn.exe", ::GetModuleHandleW(nullptr)) + "\n" +
+           ModuleVersion("tarn.dll", TarnGetResourceHandle());
+  });
+  app.footer("Exit codes: 0 success, 1 an operation failed, 2 a usage error.");
+  std::map<const CLI::App*, Runner> runners;
+  for (const Command& c : kCommands) {
+    CLI::App* command = app.add_subcommand(c.name, c.about);
+    runners[command] = c.declare(*command);
+  }
+  try {
+    app.parse(argc, argv);
+    if (app.get_subcommands().empty()) throw CLI::RequiredError("a command");
+    const CLI::App* command = app.get_subcommands().front();
+    SetCommandName(command->get_name());
+    return runners[command]();
+  } catch (const CLI::Success& done) {  // --help, --version
+    return app.exit(done);
+  } catch (const CLI::ParseError& error) {
+    return UsageError(app, error);
+  }
 }
