@@ -1,4 +1,5 @@
-// Tarn: memory blocks, memory-mapped files and named shared memory.
+// Tarn: memory blocks, memory-mapped files, named shared memory and resources
+// copied into memory, files or the registry.
 //
 // Each class holds at most one platform object set at a time and releases it
 // in Close and in its destructor. Open and Create report platform failures
@@ -204,5 +205,63 @@ class TARN_API CTarnSharedMemory {
   struct Share;
   Share* m_pShare;
 };
+
+// ---------------------------------------------------------------------------
+// Resources copied out of a module. A resource is named exactly as
+// FindResourceA takes it: the module (null: the process's executable, never
+// the library's resource handle), the name and the type, each a narrow text
+// or an integer identifier (MAKEINTRESOURCEA). The forms that take a DWORD
+// resource number use its low 16 bits as the integer identifier and do
+// nothing else, so 0x10065 names resource 101.
+// The error out-parameters are those of tarn/core.h. A missing resource gives
+// FindResourceA's code (ERROR_RESOURCE_TYPE_NOT_FOUND 1813 for a missing
+// type, ERROR_RESOURCE_NAME_NOT_FOUND 1814 for a missing name); an empty one
+// (size 0) fails too, with whatever last error the thread holds then.
+// ---------------------------------------------------------------------------
+
+// The address of the resource's bytes in the module's image; their number
+// goes to *pdwSize as soon as the resource is found, so an empty resource
+// gives null with *pdwSize 0 and a missing one leaves *pdwSize as it was. The
+// bytes are read-only, belong to the module and stay valid while it stays
+// loaded; they are never released. Null with code 0 when pdwSize is null.
+TARN_API const void* TarnLoadFromResource(HINSTANCE hModule, const char* pszName,
+                                          const char* pszType, DWORD* pdwSize, DWORD* pdwError,
+                                          char* pszError, DWORD cchError);
+TARN_API const void* TarnLoadFromResource(HINSTANCE hModule, DWORD dwResource,
+                                          const char* pszType, DWORD* pdwSize, DWORD* pdwError,
+                                          char* pszError, DWORD cchError);
+
+// Writes the resource's bytes, all at once, to the file pszPath, which is
+// created or replaced (TarnFileCreate: GENERIC_WRITE, CREATE_ALWAYS,
+// FILE_ATTRIBUTE_NORMAL, not shared); afterwards the file holds exactly the
+// resource. 1 on success. 0 when the resource is missing or empty (no file is
+// touched then); 0 with TarnFileCreate's or TarnFileWrite's report when the
+// file cannot be created or written (a short write gives code 0 and leaves
+// what was written); 0 with the platform's code when closing the file fails.
+// May throw ATL::CAtlException (conversion of the path).
+TARN_API int TarnCreateFileFromResource(const char* pszPath, HINSTANCE hModule,
+                                        const char* pszName, const char* pszType,
+                                        DWORD* pdwError, char* pszError, DWORD cchError);
+TARN_API int TarnCreateFileFromResource(const char* pszPath, HINSTANCE hModule, DWORD dwResource,
+                                        const char* pszType, DWORD* pdwError, char* pszError,
+                                        DWORD cchError);
+
+// Imports a resource of registry text (a .reg file's contents, "REGEDIT4"
+// first) into the registry: writes it with TarnCreateFileFromResource to a
+// fresh name from TarnTempFilename (default directory, no prefix; names of 260
+// bytes and more are cut), starts the system's registry editor on it, hidden
+// and silent (ShellExecuteExW: "regedit.exe" with -s "<file>"; the parameters
+// are cut at 260 characters), waits up to 2000 ms for the editor to end and
+// deletes the file. Blocks the caller that long at most.
+// 1 once the editor has started: whether it accepted the text is not known,
+// and an editor still running after 2000 ms finds the file gone. 0 when no
+// temporary name can be had (the error out-parameters are then not even
+// cleared); 0 with TarnCreateFileFromResource's report when the resource
+// cannot be written; 0 with code 0 when the editor cannot be started. No
+// temporary file is left on any of these ways out. May throw
+// ATL::CAtlException (conversion of the file name).
+TARN_API int TarnRegisterFileFromResource(HINSTANCE hModule, DWORD dwResource,
+                                          const char* pszType, DWORD* pdwError, char* pszError,
+                                          DWORD cchError);
 
 #endif  // TARN_MEMORY_H

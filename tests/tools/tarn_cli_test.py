@@ -102,7 +102,26 @@ ROWS = [
     (["folder", "nonsense"], 2, BAD, r"^tarn folder: folder: ", None),
     (["temp", "--json", "abc"], 0, None, "^$",
      records(lambda r: r[0]["directory"] and "abc" in r[0]["freshName"])),
+    # resources: tarn.dll's own, one written to a file; programs started and waited for
+    (["resource", "--json", "tarn.dll"], 0, None, "^$",
+     records(lambda r: {"type": "PIFFILE", "name": "#103", "size": 967} in r)),
+    (["resource", "tarn.dll", "PIFFILE", "#103", "out.pif"], 0, "^$", "^$",
+     lambda out: os.path.getsize(os.path.join(WORK, "out.pif")) == 967),
+    (["resource", "tarn.dll", "PIFFILE", "999"], 1, BAD, FAILED.format("resource", "PIFFILE 999"),
+     None),
+    (["resource", "missing.dll"], 1, BAD, FAILED.format("resource", r"missing\.dll"), None),
+    (["resource", "tarn.dll", "PIFFILE"], 2, BAD, r"name \(with a type\) is required", None),
+    (["run", "cmd", "/c", "exit", "7"], 0, r"^7\n$", "^$", None),
+    (["run", "--json", "cmd", "/c", "exit 0"], 0, None, "^$",
+     records(lambda r: r == [{"exitCode": 0}])),
+    (["run", "--wait", "1", "cmd", "/c", "exit", "3"], 0, r"^timeout\n$", "^$", None),
+    (["run", "missing.exe", "a"], 1, BAD, FAILED.format("run", r"missing\.exe"), None),
+    (["run"], 2, BAD, r"COMMAND is required", None),
+    (["run", "--show", "12", "cmd"], 2, BAD, r"show: Value 12 not in range", None),
 ]
+
+
+WORK = None  # the cases' working directory
 
 
 def run(work, args):
@@ -118,7 +137,9 @@ def main():
     # stays up between the cases (Wine otherwise starts one for each).
     os.environ.setdefault("TARN_WINE_ROOT", os.path.join(os.path.dirname(TARN), "wine"))
     server = dict(os.environ, WINEPREFIX=os.path.join(os.environ["TARN_WINE_ROOT"], "prefix"))
+    global WORK
     with tempfile.TemporaryDirectory(dir=os.path.dirname(TARN)) as work:
+        WORK = work
         with open(os.path.join(work, "check.txt"), "w") as f:
             f.write("123456789")
         os.makedirs(os.path.join(work, "adir"))
@@ -147,7 +168,7 @@ def main():
                 try:
                     if not check(out):
                         problems.append("the JSON output fails its check")
-                except (ValueError, KeyError, IndexError, TypeError) as e:
+                except (ValueError, KeyError, IndexError, TypeError, OSError) as e:
                     problems.append(f"the JSON output cannot be read: {e!r}")
             status = "ok  " if not problems else "FAIL"
             print(f"{status} tarn {' '.join(args)}")

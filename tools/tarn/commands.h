@@ -16,6 +16,8 @@ Runner DeclareAngle(CLI::App& command);    // cmd_angle.cpp
 Runner DeclareDms(CLI::App& command);      // cmd_numerics.cpp
 Runner DeclareGccc(CLI::App& command);     // cmd_numerics.cpp
 Runner DeclareCrc32(CLI::App& command);    // cmd_numerics.cpp
+Runner DeclareRun(CLI::App& command);      // cmd_process.cpp
+Runner DeclareResource(CLI::App& command); // cmd_resource.cpp
 
 }  // namespace tarn_tool
 

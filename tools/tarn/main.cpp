@@ -25,6 +25,8 @@ const Command kCommands[] = {
     {"dms", "an angle as packed DD.MMSS and as degrees, minutes, seconds", DeclareDms},
     {"gccc", "an angle as packed GG.CCCC and as gon, centigon, centi-centigon", DeclareGccc},
     {"crc32", "the CRC-32 of files (zlib's checksum)", DeclareCrc32},
+    {"run", "start a program, wait for it, print its exit code", DeclareRun},
+    {"resource", "the resources of a module; one of them written to a file", DeclareResource},
 };
 
 // "NAME VERSION" of a module from its version resource.
