@@ -31,7 +31,6 @@ const int kChild = [] {
   ::ExitProcess(strcmp(__argv[2], "show") ? atoi(__argv[2]) : show + !!::GetConsoleWindow() * 100);
 }();
 
-const std::string kSelf = _pgmptr, kDirectory = kSelf.substr(0, kSelf.rfind('\\') + 1);
 std::string Read(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(none)";
@@ -46,7 +45,7 @@ TEST(Resources, ToMemoryFilesAndTheRegistry) {
   const std::string out = dir / "out", saved = getenv("TMP"), numbered = "numbered resource";
   const char kType[] = "TARNDATA", kKey[] = "Software\\Tarn\\Import", *temp = tmp.path().c_str();
   _putenv_s("TMP", temp);
-  const HMODULE m = ::LoadLibraryA((kDirectory + "resource_fixture.dll").c_str());
+  const HMODULE m = ::LoadLibraryA(BesideProgram("resource_fixture.dll").c_str());
   DWORD size = 0;
   const std::vector<ErrorRow> rows = {
       {"0x10065: 101", CALL(Bytes(TarnLoadFromResource(m, 0x10065, kType, &size, c, t, n), size)
@@ -124,10 +123,7 @@ TEST(ExecWait16, ProgramInformationFileOnTheWindows95FamilyOnly) {
   }
   ::DeleteFileA(pif.c_str());
   if (win98) return;
-  const char kKey[] = "Software\\Wine\\AppDefaults\\process_test.exe";
-  ASSERT_EQ(::RegSetKeyValueA(HKEY_CURRENT_USER, kKey, "Version", REG_SZ, "win98", 6), 0);
-  EXPECT_EQ(system((kSelf + " --gtest_filter=ExecWait16.* win98").c_str()), 0);
-  ::RegDeleteKeyA(HKEY_CURRENT_USER, kKey);
+  EXPECT_EQ(RunUnderWindowsVersion("win98", "--gtest_filter=ExecWait16.* win98"), 0);
 }
 
 }  // namespace

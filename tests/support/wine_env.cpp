@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <stdlib.h>
+#include <string.h>
+
 #include <atomic>
 #include <vector>
 
@@ -33,6 +36,24 @@ using QuerySystemInformation = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
 }  // namespace
 
 std::string Root(char drive) { return std::string(1, drive) + ":\\"; }
+
+std::string BesideProgram(const std::string& name) {
+  char path[MAX_PATH] = {};
+  ::GetModuleFileNameA(nullptr, path, MAX_PATH);
+  return std::string(path, strrchr(path, '\\') + 1) + name;
+}
+
+int RunUnderWindowsVersion(const std::string& version, const std::string& arguments) {
+  char path[MAX_PATH] = {};
+  ::GetModuleFileNameA(nullptr, path, MAX_PATH);
+  const std::string key = std::string("Software\\Wine\\AppDefaults\\") + (strrchr(path, '\\') + 1);
+  if (::RegSetKeyValueA(HKEY_CURRENT_USER, key.c_str(), "Version", REG_SZ, version.c_str(),
+                        static_cast<DWORD>(version.size() + 1)) != ERROR_SUCCESS)
+    return -1;
+  const int result = system(("\"" + std::string(path) + "\" " + arguments).c_str());
+  ::RegDeleteKeyA(HKEY_CURRENT_USER, key.c_str());
+  return result;
+}
 
 ScratchDir::ScratchDir(char drive) {
   static std::atomic<unsigned> counter{0};

@@ -40,6 +40,15 @@ bool RemoveTree(const std::string& path);
 // Writes `bytes` to a new file (replacing an old one).
 void WriteFile(const std::string& path, const std::string& bytes);
 
+// `name` in the directory of the running program.
+std::string BesideProgram(const std::string& name);
+
+// Runs the running program again with `arguments` while Wine reports Windows
+// `version` ("win98", "winxp64", ...) to it: the program's key under
+// HKCU\Software\Wine\AppDefaults says so for that run. Returns system()'s
+// result (0: the run passed).
+int RunUnderWindowsVersion(const std::string& version, const std::string& arguments);
+
 // The number of handles the process holds: GetProcessHandleCount where it
 // answers; Wine's answers 0 whatever is open, so there the process's entries
 // in the system's handle table (NtQuerySystemInformation) are counted.

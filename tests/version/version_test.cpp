@@ -15,11 +15,6 @@ using namespace tarn_test;
 using Info = CTarnFileVersionInfo;
 using OS = CTarnSystemVersionInfo;
 
-std::string BesideProgram(const char* name) {
-  char path[MAX_PATH] = {};
-  ::GetModuleFileNameA(nullptr, path, MAX_PATH);
-  return std::string(path, strrchr(path, '\\') + 1) + name;
-}
 const std::string kFixture = BesideProgram("version_fixture.dll");
 // String 1 of version_fixture.dll, loaded by the first object of the program.
 const char kNotAvailable[] = "Fixture: no value";
@@ -161,18 +156,14 @@ TEST(SystemVersionUnderWine, IdentifiesWhatWineReports) {
     for (int value = 0; value < 11; ++value) EXPECT_EQ(is[value], value == os) << value;
     return;
   }
-  const char kKey[] = "Software\\Wine\\AppDefaults\\version_test.exe";
-  const std::string self = BesideProgram("version_test.exe") +
-                           " --gtest_brief=1 --gtest_filter=SystemVersionUnderWine.*";
   for (const char* run : {"win98 3 0", "winxp64 9 1", "win7 11 1", "win8 0 1"}) {
-    const std::string version(run, strcspn(run, " "));
-    ASSERT_EQ(::RegSetKeyValueA(HKEY_CURRENT_USER, kKey, "Version", REG_SZ, version.c_str(),
-                                static_cast<DWORD>(version.size() + 1)), ERROR_SUCCESS);
     _putenv_s("TARN_OS_PROBE", run);
-    EXPECT_EQ(system(self.c_str()), 0) << run;
+    EXPECT_EQ(RunUnderWindowsVersion(std::string(run, strcspn(run, " ")),
+                                     "--gtest_brief=1 --gtest_filter=SystemVersionUnderWine.*"),
+              0)
+        << run;
   }
   _putenv_s("TARN_OS_PROBE", "");
-  ::RegDeleteKeyA(HKEY_CURRENT_USER, kKey);
 }
 
 }  // namespace
