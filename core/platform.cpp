@@ -11,7 +11,8 @@ namespace {
 
 PlatformCalls RealPlatform() {
   return PlatformCalls{&::LoadLibraryExA, &::FreeLibrary, &::FormatMessageA,
-                       &::GetVolumeInformationW};
+                       &::GetVolumeInformationW, &::GetFileAttributesW, &::DeviceIoControl,
+                       &::GetDiskFreeSpaceA};
 }
 
 PlatformCalls g_platform = RealPlatform();

@@ -22,7 +22,11 @@ struct PlatformCalls {
   decltype(&::LoadLibraryExA) LoadLibraryExA;  // "netmsg.dll"
   decltype(&::FreeLibrary) FreeLibrary;        // "netmsg.dll"
   decltype(&::FormatMessageA) FormatMessageA;  // texts from "netmsg.dll"
-  decltype(&::GetVolumeInformationW) GetVolumeInformationW;  // an empty removable drive
+  decltype(&::GetVolumeInformationW) GetVolumeInformationW;  // an empty removable drive; a
+                                                             // volume with reparse points
+  decltype(&::GetFileAttributesW) GetFileAttributesW;  // a directory that is a reparse point
+  decltype(&::DeviceIoControl) DeviceIoControl;        // FSCTL_SET_REPARSE_POINT
+  decltype(&::GetDiskFreeSpaceA) GetDiskFreeSpaceA;    // volumes of any size and cluster shape
 };
 
 // The calls in force; the real platform functions unless a test replaced them.

@@ -225,4 +225,58 @@ TARN_API int TarnGetModulePath(HINSTANCE hModule, char* pszBuffer, DWORD cchBuff
 // or the folder has neither a current nor a default path.
 TARN_API int TarnGetFolderPath(int nFolder, char* pszBuffer, DWORD cchBuffer);
 
+// ---------------------------------------------------------------------------
+// Directory links (junctions) and free disk space.
+// ---------------------------------------------------------------------------
+
+// Turns the directory `pszLink` into a link to the directory `pszTarget` (an
+// NTFS junction: a mount-point reparse point whose substitute name is
+// "\??\" and the target's full path, a trailing backslash removed unless it
+// follows a colon, so "\??\D:\" keeps it). The link directory is created
+// when missing; an existing one must be empty for the request to succeed. An
+// existing reparse point is never replaced. With `bTry` nonzero every step
+// but the final request runs, and a directory this call created is removed
+// again: 1 then says a link could be made there.
+// Returns 1 on success; 0 for a null or empty argument, a link path without
+// a backslash, a volume without reparse-point support (FAT; every Wine
+// volume), a failed full-path look-up, an existing reparse point, a link
+// directory that cannot be created or opened (one this call created then
+// stays), or a failed request (a directory this call created is removed).
+// Stores no error code. Paths are converted in the thread's ANSI code page
+// (a failed conversion throws ATL::CAtlException). Limits: the link's first
+// backslash within its first 259 bytes; full paths of link and target under
+// 256 characters (longer ones give 0).
+TARN_API int TarnMakeDirectoryLink(const char* pszLink, const char* pszTarget, int bTry);
+
+// The free space of the drive of `pszPath` available to the calling user
+// (quotas count), in bytes: the drive letter is taken from the path (D:\x,
+// D: and d:\ all ask about D:), so UNC and relative paths have none.
+// Uses GetDiskFreeSpaceExA, looked up in KERNEL32.DLL on the first call that
+// gets past the argument checks and never again; where it is missing,
+// bytes per sector x sectors per cluster x free clusters from
+// GetDiskFreeSpaceA. Returns 1 with *pFreeBytes set; 0 with code 0 for a null
+// or empty path, a null pFreeBytes or a path without a drive letter; 0 with
+// the platform's code and text when the query fails (3 for a drive letter
+// without a volume).
+TARN_API int TarnFreeDiskSpace(const char* pszPath, ULARGE_INTEGER* pFreeBytes, DWORD* pdwError,
+                               char* pszError, DWORD cchError);
+
+// TarnFreeDiskSpace in whole mebibytes (bytes / 1,048,576, the remainder
+// discarded; 1,048,575 bytes give 0 and the result 1). *pdwFreeMB is set to 0
+// on entry. A null pdwFreeMB gives 0 with code 0. On every other failure the
+// code is the thread's last error read after the query, with its text: the
+// platform's code for a failed query, whatever the thread last had for a
+// path without a drive.
+TARN_API int TarnFreeDiskSpaceMB(const char* pszPath, DWORD* pdwFreeMB, DWORD* pdwError,
+                                 char* pszError, DWORD cchError);
+
+extern "C" {
+// TarnFreeDiskSpace without error out-parameters, exported under this
+// undecorated name; its own once-only look-up. Every failure gives 0.
+TARN_API int TarnFreeDiskSpaceC(const char* pszPath, ULARGE_INTEGER* pFreeBytes);
+// TarnFreeDiskSpaceMB without error out-parameters, exported under this
+// undecorated name; shares TarnFreeDiskSpaceC's look-up. Every failure gives 0.
+TARN_API int TarnFreeDiskSpaceMBC(const char* pszPath, DWORD* pdwFreeMB);
+}
+
 #endif  // TARN_FILES_H

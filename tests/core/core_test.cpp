@@ -48,7 +48,9 @@ TEST(ErrorOut, FormatterAndOutParameters) {
       {2999, kNetmsg, "load netmsg.dll 2; format 0x1800 netmsg 2999 0x400 64; free netmsg; "},
       {3000, kNetmsg, "format 0x1000 null 3000 0x400 64; "},
       {2102, nullptr, "load netmsg.dll 2; format 0x1000 null 2102 0x400 64; "}};  // none loads
-  tarn::Platform() = {FakeLoad, FakeFree, FakeFormat, tarn::Platform().GetVolumeInformationW};
+  tarn::PlatformCalls& platform = tarn::Platform();
+  platform.LoadLibraryExA = FakeLoad, platform.FreeLibrary = FakeFree;
+  platform.FormatMessageA = FakeFormat;
   for (const auto& row : rows) {
     g_loads = row.loads;
     EXPECT_EQ(tarn::FormatErrorMessage(row.code, g_buffer, sizeof g_buffer), 8u);
