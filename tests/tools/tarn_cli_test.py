@@ -96,6 +96,13 @@ ROWS = [
      records(lambda r: {"windows", "users"} <= {e["name"].lower() for e in r})),
     (["dir", "missing"], 1, BAD, FAILED.format("dir", "missing"), None),
     (["dir", "check.txt"], 1, BAD, r"^tarn dir: check\.txt: not a directory\n$", None),
+    # links (Wine's volumes have no reparse points) and free space
+    (["link", "C:\\newlink", "adir"], 1, BAD,
+     r"^tarn link: C:\\newlink: no link to adir can be made", None),
+    (["link", "--try", "C:\\newlink", "C:\\"], 1, BAD, r"^tarn link: C:\\newlink: ", None),
+    (["df", "--json", "C:\\x", "c:", "J:\\"], 1, None, FAILED.format("df", r"J:\\"),
+     records(lambda r: len(r) == 2 and r[0]["mebibytes"] == r[0]["bytes"] >> 20 > 0)),
+    (["df", "adir"], 1, BAD, r"^tarn df: adir: no drive letter in the path\n$", None),
     # known folders and temporary files
     (["folder", "--json", "fonts", "0x14"], 0, None, "^$",
      records(lambda r: r[0] == r[1] and r[0]["csidl"] == 20 and r[0]["path"].endswith("\\"))),

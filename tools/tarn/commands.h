@@ -12,6 +12,8 @@ Runner DeclarePath(CLI::App& command);     // cmd_paths.cpp
 Runner DeclareTemp(CLI::App& command);     // cmd_files.cpp
 Runner DeclareFolder(CLI::App& command);   // cmd_files.cpp
 Runner DeclareDir(CLI::App& command);      // cmd_files.cpp
+Runner DeclareLink(CLI::App& command);     // cmd_disk.cpp
+Runner DeclareDf(CLI::App& command);       // cmd_disk.cpp
 Runner DeclareAngle(CLI::App& command);    // cmd_angle.cpp
 Runner DeclareDms(CLI::App& command);      // cmd_numerics.cpp
 Runner DeclareGccc(CLI::App& command);     // cmd_numerics.cpp
