@@ -87,8 +87,8 @@ bool List(IStorage* storage, const std::string& prefix, Json& records, Outcome& 
                        {"size", record.cbSize.QuadPart},
                        {"clsid", record.type == STGTY_STORAGE ? Json(clsid) : Json()}});
     if (record.type != STGTY_STORAGE) continue;
-    Held<IStorage> inner(
-        TarnOleOpenStorage(0, storage, record.pwcsName, nullptr, &out.hr, out.text, sizeof out.text));
+    Held<IStorage> inner(TarnOleOpenStorage(0, storage, record.pwcsName, nullptr, &out.hr,
+                                            out.text, sizeof out.text));
     if (!inner.p || !List(inner.p, path + "/", records, out)) return false;
   }
   return true;
@@ -96,7 +96,8 @@ bool List(IStorage* storage, const std::string& prefix, Json& records, Outcome& 
 
 int RunList(const Arguments& args) {
   Outcome out;
-  Held<IStorage> root(TarnOleOpenStgFile(0, args.file.c_str(), &out.hr, out.text, sizeof out.text));
+  Held<IStorage> root(
+      TarnOleOpenStgFile(0, args.file.c_str(), &out.hr, out.text, sizeof out.text));
   Json records = Json::array();
   if (!root.p || !List(root.p, "", records, out)) return Fail(args.file, out.Text());
   PrintRecords(records, args.json, Layout::kRow);
@@ -183,7 +184,8 @@ int RunAdd(const Arguments& args) {
 Runner DeclareStorage(CLI::App& command) {
   auto args = std::make_shared<Arguments>();
   command.require_subcommand(1);
-  CLI::App* list = command.add_subcommand("list", "every storage and stream, with sizes and class identifiers");
+  CLI::App* list =
+      command.add_subcommand("list", "every storage and stream, with sizes and class identifiers");
   list->add_option("file", args->file, "a compound file")->required();
   AddJsonFlag(*list, args->json);
   CLI::App* cat = command.add_subcommand("cat", "a stream's bytes, on stdout or into a file");
