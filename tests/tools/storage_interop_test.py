@@ -6,7 +6,7 @@
  - a tree that libgsf's `gsf createole` (Debian's libgsf-bin) makes from a
    directory is listed and read through tarn.dll (tarn stg list, cat).
 
-usage: interop_test.py TARN_EXE WINE_RUN GSF"""
+usage: storage_interop_test.py TARN_EXE WINE_RUN GSF"""
 import json
 import os
 import random
