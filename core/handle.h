@@ -5,6 +5,8 @@
 #define TARN_CORE_HANDLE_H
 
 #include <windows.h>
+#include <objbase.h>
+#include <oleauto.h>
 
 #include <stdint.h>
 
@@ -63,6 +65,17 @@ using UniqueView = UniqueResource<ResourceTraits<LPCVOID, &::UnmapViewOfFile>>;
 using UniqueGlobal = UniqueResource<ResourceTraits<HGLOBAL, &::GlobalFree>>;
 using UniqueLocal = UniqueResource<ResourceTraits<HLOCAL, &::LocalFree>>;
 using UniquePages = UniqueResource<ResourceTraits<void*, &ReleasePages>>;
+
+// COM: an interface pointer (Release), task-allocator memory (CoTaskMemFree),
+// an automation string (SysFreeString); all invalid at null.
+template <typename Interface>
+void ReleaseInterface(Interface* p) noexcept {
+  p->Release();
+}
+template <typename Interface>
+using UniqueInterface = UniqueResource<ResourceTraits<Interface*, &ReleaseInterface<Interface>>>;
+using UniqueTaskMemory = UniqueResource<ResourceTraits<void*, &::CoTaskMemFree>>;
+using UniqueBstr = UniqueResource<ResourceTraits<BSTR, &::SysFreeString>>;
 
 }  // namespace tarn
 

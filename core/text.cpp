@@ -64,13 +64,13 @@ void ConvertWithRetry(Buffer& buffer, size_t firstUnits, Convert convert) {
 
 }  // namespace detail
 
-WideText::WideText(const char* text) {
+WideText::WideText(const char* text, UINT codePage) {
   if (!text) return;
   const size_t length = strlen(text) + 1;
   if (length > static_cast<size_t>(INT_MAX)) throw ATL::CAtlException(E_INVALIDARG);
   // One UTF-16 unit per narrow byte suffices for every ANSI code page.
   detail::ConvertWithRetry(buffer_, length, [&](wchar_t* out, int units) {
-    return ::MultiByteToWideChar(CP_THREAD_ACP, 0, text, static_cast<int>(length), out, units);
+    return ::MultiByteToWideChar(codePage, 0, text, static_cast<int>(length), out, units);
   });
   text_ = buffer_.data();
 }

@@ -1,5 +1,7 @@
 // Text conversions between the narrow text of the interface (the calling
 // thread's ANSI code page) and the UTF-16 text of the wide platform calls.
+// The structured-storage family converts its narrow names in the system's
+// ANSI code page instead: WideText(name, CP_ACP).
 //
 // A conversion object owns its result: up to 128 units live inside the object,
 // longer texts in a zero-filled heap buffer released with the object. Use it
@@ -51,7 +53,9 @@ class WideText {
  public:
   static constexpr size_t kInlineUnits = 128;
 
-  explicit WideText(const char* text);
+  // `codePage`: the code page of `text`; the thread's ANSI code page unless
+  // given.
+  explicit WideText(const char* text, UINT codePage = CP_THREAD_ACP);
   WideText(const WideText&) = delete;
   WideText& operator=(const WideText&) = delete;
 

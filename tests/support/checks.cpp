@@ -126,8 +126,9 @@ void CheckErrorRows(const std::vector<ErrorRow>& rows) {
     char text[1024] = "junk from an earlier call";
     EXPECT_EQ(row.call(&code, text, sizeof text), row.result);
     EXPECT_EQ(code, row.code);
-    EXPECT_EQ(std::string(text), SystemText(row.code));
-    if (row.code) EXPECT_NE(text[0], '\0') << "the system has a text for " << row.code;
+    const DWORD message = row.message < 0 ? row.code : static_cast<DWORD>(row.message);
+    EXPECT_EQ(std::string(text), SystemText(message));
+    if (message) EXPECT_NE(text[0], '\0') << "the system has a text for " << message;
 
     char untouched[] = "untouched";
     code = 0xDEADBEEF;

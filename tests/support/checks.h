@@ -33,12 +33,15 @@ std::string SystemText(DWORD code);
 // three out-parameters to it and returns its result as a number (a handle as
 // 1 when valid, closed by `call`); it must behave the same on every call, so
 // it sets up what it needs itself. `code` 0 means nothing is reported: code 0
-// and an empty text.
+// and an empty text. `message`: the number of the system message whose text
+// goes with the code, when it is not the code itself (the low 16 bits of a
+// result code; 0 for none).
 struct ErrorRow {
   std::string what;
   std::function<long long(DWORD* code, char* text, DWORD size)> call;
   long long result;
   DWORD code;
+  long long message = -1;
 };
 
 // Runs each row four times: with out-parameters full of junk (the code and

@@ -125,6 +125,13 @@ ROWS = [
     (["run", "missing.exe", "a"], 1, BAD, FAILED.format("run", r"missing\.exe"), None),
     (["run"], 2, BAD, r"COMMAND is required", None),
     (["run", "--show", "12", "cmd"], 2, BAD, r"show: Value 12 not in range", None),
+    # structured storage: a file added as a stream, failures of open and of a path
+    (["stg", "add", "new.stg", "A/B/check", "check.txt"], 0, "^$", "^$",
+     lambda out: open(os.path.join(WORK, "new.stg"), "rb").read(8) == bytes.fromhex("d0cf11e0a1b11ae1")),
+    (["stg", "list", "missing.stg"], 1, BAD, FAILED.format("stg", r"missing\.stg"), None),
+    (["stg", "cat", "check.txt", "A/x"], 1, BAD, FAILED.format("stg", r"check\.txt"), None),
+    (["stg", "add", "new2.stg", "/", "check.txt"], 2, BAD, r"path: names no stream: /\n", None),
+    (["stg", "list"], 2, BAD, r"file is required\n", None),
 ]
 
 

@@ -30,6 +30,8 @@ const Command kCommands[] = {
     {"crc32", "the CRC-32 of files (zlib's checksum)", DeclareCrc32},
     {"run", "start a program, wait for it, print its exit code", DeclareRun},
     {"resource", "the resources of a module; one of them written to a file", DeclareResource},
+    {"stg", "a compound file's tree, one stream's bytes, a file added as a stream",
+     DeclareStorage},
 };
 
 // "NAME VERSION" of a module from its version resource.
