@@ -136,4 +136,114 @@ TEST(EntryOnFile, ReachesTheFileAndTheFolderFormAddsOneBackslash) {
   }
 }
 
+// No token is left on the thread (1008 from OpenThreadToken) and no handle open.
+void ExpectNoThreadToken(const char* what) {
+  HANDLE token = nullptr;
+  EXPECT_FALSE(::OpenThreadToken(::GetCurrentThread(), TOKEN_QUERY, FALSE, &token)) << what;
+  EXPECT_EQ(::GetLastError(), DWORD{ERROR_NO_TOKEN}) << what;
+}
+
+TEST(Membership, BothChecksAgreeWithThePlatformAndLeaveNoTokenBehind) {
+  HANDLE other = ::CreateThread(nullptr, 0, [](void*) -> DWORD { return 0; }, nullptr, CREATE_SUSPENDED, nullptr);
+  HANDLE primary, self = ::GetCurrentThread(), bogus = reinterpret_cast<HANDLE>(0xDEAD0);
+  ASSERT_TRUE(::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &primary));
+  ExpectBalanced("membership checks", [&] {
+    for (DWORD rid : {0x220, 0x221, 0x222}) {
+      ASSERT_TRUE(::ImpersonateSelf(SecurityImpersonation));
+      HANDLE token;
+      ASSERT_TRUE(::OpenThreadToken(self, TOKEN_QUERY, FALSE, &token));
+      Sid group = {kNT, 2, {0x20, rid}};
+      BOOL held = -1, inPrimary = -1;
+      ASSERT_TRUE(::CheckTokenMembership(token, group.get(), &held));
+      const BOOL primaryResult = ::CheckTokenMembership(primary, group.get(), &inPrimary);
+      // token, result, verdict; the same with CheckTokenMembership hidden
+      const std::tuple<HANDLE, int, int, int, int> rows[] = {
+          {token, 1, held, 1, held * 4}, {nullptr, 1, held, 1, held * 4},
+          {primary, primaryResult, inPrimary, 1, held * 4}};
+      for (auto [handle, result, verdict, byHand, byHandVerdict] : rows) {
+        int v = -1;
+        EXPECT_EQ(TarnCheckTokenMembership(handle, rid, &v), result) << rid;
+        EXPECT_EQ(v, verdict) << rid;
+        tarn::testing::HideFunction("advapi32.dll", "CheckTokenMembership");
+        EXPECT_EQ(TarnCheckTokenMembership(handle, rid, &v), byHand) << rid;
+        EXPECT_EQ(v, byHandVerdict) << rid;
+        tarn::testing::ResetPlatform();
+      }
+      ::CloseHandle(token);
+      ::RevertToSelf();
+      // fallback thread, thread, result; the verdict is the platform's when 1
+      const std::tuple<HANDLE, HANDLE, int> threads[] = {
+          {nullptr, nullptr, 0}, {nullptr, self, 1}, {self, nullptr, 1}, {self, other, 1},
+          {self, bogus, 0}, {nullptr, other, 0}};
+      for (auto [fallback, thread, result] : threads) {
+        int v = -1;
+        EXPECT_EQ(TarnCheckProcessGroupSecurityInfo(fallback, thread, rid, GENERIC_READ, v), result) << rid;
+        EXPECT_EQ(v, result ? held : 0) << rid << " " << (fallback == self) << (thread == self);
+        ExpectNoThreadToken("after a check");
+      }
+      for (const char* hidden : {"ImpersonateSelf", "OpenThreadToken", "AllocateAndInitializeSid", "InitializeAcl", "AccessCheck"}) {
+        tarn::testing::HideFunction("advapi32.dll", hidden);
+        int v = -1;
+        EXPECT_EQ(TarnCheckProcessGroupSecurityInfo(nullptr, self, rid, GENERIC_READ, v), 0) << hidden;
+        EXPECT_EQ(v, 0) << hidden;
+        ExpectNoThreadToken(hidden);
+        tarn::testing::ResetPlatform();
+      }
+    }
+    tarn::testing::HideFunction("advapi32.dll", "CheckTokenMembership");
+    tarn::testing::HideFunction("advapi32.dll", "GetTokenInformation");
+    int v = -1;
+    EXPECT_EQ(TarnCheckTokenMembership(nullptr, 0x221, &v), 1) << "the groups cannot be read";
+    EXPECT_EQ(v, 0);
+    tarn::testing::ResetPlatform();
+    EXPECT_EQ(TarnCheckTokenMembership(nullptr, 0x221, nullptr), 0);
+  }, 20);
+  ::CloseHandle(primary);
+  ::TerminateThread(other, 0);
+  ::CloseHandle(other);
+}
+
+// Outside the NT platform every caller passes the group check and the
+// membership check cannot be made.
+TEST(NonNT, GroupCheckPassesMembershipFails) {
+  const bool win98 = ::GetVersion() >> 31;
+  int v = -1;
+  EXPECT_EQ(TarnCheckProcessGroupSecurityInfo(nullptr, nullptr, 0x222, GENERIC_READ, v), win98);
+  EXPECT_EQ(v, win98);
+  EXPECT_EQ(TarnCheckTokenMembership(nullptr, 0x220, &v), !win98);
+  EXPECT_EQ(v, !win98);
+  if (!win98) EXPECT_EQ(RunUnderWindowsVersion("win98", "--gtest_filter=NonNT.*"), 0);
+}
+
+TEST(DesiredAccess, VerdictsOfPathsAndNoHandleLeftOpen) {
+  ScratchDir dir;
+  const std::string file = dir / "f", held = dir / "held";
+  WriteFile(file, "x"), WriteFile(held, "x");
+  HANDLE holder = ::CreateFileA(held.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+  char unused[] = "A:\\x";  // a drive letter without a volume
+  while (::GetLogicalDrives() & (1u << (unused[0] - 'A'))) ++unused[0];
+  // The share \\tarnsrv\share is a folder in the prefix's dosdevices\unc.
+  std::string share = "Z:" + std::string(getenv("WINEPREFIX")) + "/dosdevices/unc/tarnsrv";
+  std::replace(share.begin(), share.end(), '/', '\\');
+  ::CreateDirectoryA(share.c_str(), nullptr), ::CreateDirectoryA((share + "\\share").c_str(), nullptr);
+  const std::tuple<const char*, DWORD, TARN_CHKDESIREDACCESS> rows[] = {
+      {nullptr, GENERIC_READ, TARN_DESIREDACCESS_ERROR},
+      {"", GENERIC_READ, TARN_DESIREDACCESS_ERROR},
+      {file.c_str(), GENERIC_READ, TARN_DESIREDACCESS_GRANTED},
+      {file.c_str(), GENERIC_WRITE, TARN_DESIREDACCESS_GRANTED},
+      {held.c_str(), GENERIC_READ, TARN_DESIREDACCESS_INUSE},
+      {dir.path().c_str(), GENERIC_READ, TARN_DESIREDACCESS_DENIED},
+      {"C:\\tarn-missing.txt", GENERIC_READ, TARN_DESIREDACCESS_ERROR},
+      {"C:\\tarn-missing\\x.txt", GENERIC_READ, TARN_DESIREDACCESS_ERROR},
+      {unused, GENERIC_READ, TARN_DESIREDACCESS_UNAVAILABLE},
+      {"tarn-missing\\x.txt", GENERIC_READ, TARN_DESIREDACCESS_UNAVAILABLE},
+      {"\\\\tarnsrv\\share\\missing.txt", GENERIC_READ, TARN_DESIREDACCESS_ERROR}};
+  ExpectBalanced("access probes", [&] {
+    for (auto [path, access, verdict] : rows)
+      EXPECT_EQ(TarnChkDesiredAccess(path, access), verdict) << (path ? path : "(null)") << " " << access;
+  });
+  ::CloseHandle(holder);
+  RemoveTree(share);
+}
+
 }  // namespace
