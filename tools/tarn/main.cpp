@@ -27,6 +27,8 @@ const Command kCommands[] = {
     {"crc32", "the CRC-32 of files (zlib's checksum)", DeclareCrc32},
     {"run", "start a program, wait for it, print its exit code", DeclareRun},
     {"resource", "the resources of a module; one of them written to a file", DeclareResource},
+    {"acl", "the DACL of a file or key; an entry for a built-in group merged in", DeclareAcl},
+    {"access", "what opening a file with read or write access meets", DeclareAccess},
 };
 
 // "NAME VERSION" of a module from its version resource.
