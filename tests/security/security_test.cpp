@@ -28,7 +28,9 @@ std::string Dacl(const std::string& name, PSID sid = nullptr, DWORD mask = 0, AC
   ::BuildTrusteeWithSidA(&entry.Trustee, sid);
   if (sid) ::SetEntriesInAclA(1, &entry, acl, &merged);
   const PACL list = sid ? merged : acl;
-  const std::string text(reinterpret_cast<char*>(list), list ? list->AclSize : 0);
+  ACL_SIZE_INFORMATION size = {};  // the bytes in use, from the entry count on (the size counts slack)
+  ::GetAclInformation(list, &size, sizeof size, AclSizeInformation);
+  const std::string text(reinterpret_cast<char*>(list) + 4, size.AclBytesInUse - 4);
   ::LocalFree(merged), ::LocalFree(sd);
   return text;
 }
@@ -98,9 +100,8 @@ TEST(Membership, BothChecksAgreeWithThePlatformAndLeaveNoTokenBehind) {
   HANDLE other = ::CreateThread(nullptr, 0, [](void*) -> DWORD { return 0; }, nullptr, CREATE_SUSPENDED, nullptr);
   HANDLE primary, token, self = ::GetCurrentThread(), bogus = reinterpret_cast<HANDLE>(0xDEAD0);
   ASSERT_TRUE(::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &primary));
-  auto noToken = [&](const char* what) {  // OpenThreadToken fails with 1008
-    EXPECT_TRUE(!::OpenThreadToken(self, TOKEN_QUERY, FALSE, &token) && ::GetLastError() == ERROR_NO_TOKEN) << what;
-  };
+  // OpenThreadToken fails with 1008.
+  auto noToken = [&](const char* what) { EXPECT_TRUE(!::OpenThreadToken(self, TOKEN_QUERY, FALSE, &token) && ::GetLastError() == ERROR_NO_TOKEN) << what; };
   int v = -1;
   ExpectBalanced("membership checks", [&] {
     for (DWORD rid : {0x220, 0x221, 0x222}) {
