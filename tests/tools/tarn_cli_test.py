@@ -136,7 +136,7 @@ ROWS = [
     (["access", "adir", "write"], 0, r"^adir  denied\n$", "^$", None),
     (["access", "--json", "nodir\\x.txt"], 0, None, "^$",
      records(lambda r: r == [{"path": "nodir\\x.txt", "verdict": "unavailable"}])),
-    (["access", "check.txt", "run"], 2, BAD, r"^tarn access: access: run not in", None),
+    (["access", "check.txt", "exec"], 2, BAD, r"^tarn access: access: exec not in", None),
 ]
 
 
