@@ -53,6 +53,15 @@ struct ResourceTraits {
 };
 
 inline void ReleasePages(void* p) noexcept { ::VirtualFree(p, 0, MEM_RELEASE); }
+inline void ReleaseSid(PSID sid) noexcept { ::FreeSid(sid); }
+
+// The calling thread's impersonation, ended by RevertToSelf; `true` while it
+// lasts.
+struct ImpersonationTraits {
+  using type = bool;
+  static bool Invalid() noexcept { return false; }
+  static void Close(bool) noexcept { ::RevertToSelf(); }
+};
 
 // A file handle (CreateFile) and a search handle (FindFirstFile) are invalid
 // at all bits set.
@@ -65,6 +74,9 @@ using UniqueView = UniqueResource<ResourceTraits<LPCVOID, &::UnmapViewOfFile>>;
 using UniqueGlobal = UniqueResource<ResourceTraits<HGLOBAL, &::GlobalFree>>;
 using UniqueLocal = UniqueResource<ResourceTraits<HLOCAL, &::LocalFree>>;
 using UniquePages = UniqueResource<ResourceTraits<void*, &ReleasePages>>;
+// A SID from AllocateAndInitializeSid.
+using UniqueSid = UniqueResource<ResourceTraits<PSID, &ReleaseSid>>;
+using UniqueImpersonation = UniqueResource<ImpersonationTraits>;
 
 // COM: an interface pointer (Release), task-allocator memory (CoTaskMemFree),
 // an automation string (SysFreeString); all invalid at null.

@@ -132,6 +132,25 @@ ROWS = [
     (["stg", "cat", "check.txt", "A/x"], 1, BAD, FAILED.format("stg", r"check\.txt"), None),
     (["stg", "add", "new2.stg", "/", "check.txt"], 2, BAD, r"path: names no stream: /\n", None),
     (["stg", "list"], 2, BAD, r"file is required\n", None),
+    # access-control lists and the access probe
+    (["acl", "show", "CURRENT_USER\\Software"], 0,
+     r"S-1-5-32-544  BUILTIN\\Administrators  allow  0x[0-9a-f]{8}  0x[0-9a-f]{8}\n", "^$", None),
+    (["acl", "show", "--json", "check.txt"], 0, None, "^$",
+     records(lambda r: {"sid": "S-1-1-0", "name": "Everyone", "type": "allow"}.items()
+             <= next(e for e in r if e["sid"] == "S-1-1-0").items())),
+    (["acl", "deny", "locked.txt", "0x221", "0x40000000"], 0, "^$", "^$",
+     lambda out: os.stat(os.path.join(WORK, "locked.txt")).st_mode & 0o222 == 0),
+    (["acl", "grant", "missing.txt", "0x221", "0x80000000"], 1, BAD,
+     r"^tarn acl: missing\.txt: the entry could not be merged into the list\n$", None),
+    (["acl", "show", "missing.txt"], 1, BAD, FAILED.format("acl", r"missing\.txt"), None),
+    (["acl", "grant", "check.txt"], 2, BAD, r"RID and MASK \(with grant\) is required", None),
+    (["acl", "show", "check.txt", "0x221"], 2, BAD, r"takes no RID or MASK", None),
+    (["acl", "allow", "check.txt"], 2, BAD, r"^tarn acl: action: allow not in", None),
+    (["access", "check.txt"], 0, r"^check\.txt  granted\n$", "^$", None),
+    (["access", "adir", "write"], 0, r"^adir  denied\n$", "^$", None),
+    (["access", "--json", "nodir\\x.txt"], 0, None, "^$",
+     records(lambda r: r == [{"path": "nodir\\x.txt", "verdict": "unavailable"}])),
+    (["access", "check.txt", "exec"], 2, BAD, r"^tarn access: access: exec not in", None),
 ]
 
 
@@ -156,6 +175,8 @@ def main():
         WORK = work
         with open(os.path.join(work, "check.txt"), "w") as f:
             f.write("123456789")
+        with open(os.path.join(work, "locked.txt"), "w") as f:
+            f.write("locked")
         os.makedirs(os.path.join(work, "adir"))
         with open(os.path.join(work, "adir", "inner.txt"), "w") as f:
             f.write("12345")

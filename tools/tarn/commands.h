@@ -21,6 +21,8 @@ Runner DeclareCrc32(CLI::App& command);    // cmd_numerics.cpp
 Runner DeclareRun(CLI::App& command);      // cmd_process.cpp
 Runner DeclareResource(CLI::App& command); // cmd_resource.cpp
 Runner DeclareStorage(CLI::App& command);  // cmd_storage.cpp
+Runner DeclareAcl(CLI::App& command);      // cmd_security.cpp
+Runner DeclareAccess(CLI::App& command);   // cmd_security.cpp
 
 }  // namespace tarn_tool
 

@@ -32,6 +32,8 @@ const Command kCommands[] = {
     {"resource", "the resources of a module; one of them written to a file", DeclareResource},
     {"stg", "a compound file's tree, one stream's bytes, a file added as a stream",
      DeclareStorage},
+    {"acl", "the DACL of a file or key; an entry for a built-in group merged in", DeclareAcl},
+    {"access", "what opening a file with read or write access meets", DeclareAccess},
 };
 
 // "NAME VERSION" of a module from its version resource.
