@@ -18,6 +18,7 @@ Runner DeclareGccc(CLI::App& command);     // cmd_numerics.cpp
 Runner DeclareCrc32(CLI::App& command);    // cmd_numerics.cpp
 Runner DeclareRun(CLI::App& command);      // cmd_process.cpp
 Runner DeclareResource(CLI::App& command); // cmd_resource.cpp
+Runner DeclarePlay(CLI::App& command);     // cmd_media.cpp
 
 }  // namespace tarn_tool
 

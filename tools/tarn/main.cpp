@@ -27,6 +27,7 @@ const Command kCommands[] = {
     {"crc32", "the CRC-32 of files (zlib's checksum)", DeclareCrc32},
     {"run", "start a program, wait for it, print its exit code", DeclareRun},
     {"resource", "the resources of a module; one of them written to a file", DeclareResource},
+    {"play", "play a media file or MIDI sequence to its end (keys p, r, q)", DeclarePlay},
 };
 
 // "NAME VERSION" of a module from its version resource.
