@@ -118,6 +118,15 @@ ROWS = [
     (["run", "missing.exe", "a"], 1, BAD, FAILED.format("run", r"missing\.exe"), None),
     (["run"], 2, BAD, r"COMMAND is required", None),
     (["run", "--show", "12", "cmd"], 2, BAD, r"show: Value 12 not in range", None),
+    # play: standard input is a pipe, so it waits for the end; Wine here has no
+    # sound device, so a WAV's play ends with MCI's failure notification (its
+    # audio driver may print to stderr first)
+    (["play", "tone.wav"], 1, BAD, r"tarn play: tone\.wav: the device failed during playback\n$",
+     None),
+    (["play", "missing.wav"], 1, BAD, FAILED.format("play", r"missing\.wav"), None),
+    (["play", "a tone.wav"], 1, BAD, r"tarn play: a tone\.wav: MCI takes no blank in a path\n$",
+     None),
+    (["play"], 2, BAD, r"^tarn play: file is required\n", None),
 ]
 
 
@@ -142,6 +151,11 @@ def main():
         WORK = work
         with open(os.path.join(work, "check.txt"), "w") as f:
             f.write("123456789")
+        for name in ("tone.wav", "a tone.wav"):  # 0.2 s of 500 Hz, 8 kHz 8-bit mono PCM
+            with open(os.path.join(work, name), "wb") as f:
+                f.write(b"RIFF" + (1636).to_bytes(4, "little") + b"WAVEfmt " + bytes.fromhex(
+                    "10000000 0100 0100 401f0000 401f0000 0100 0800".replace(" ", ""))
+                    + b"data" + (1600).to_bytes(4, "little") + bytes([0xC0] * 8 + [0x40] * 8) * 100)
         os.makedirs(os.path.join(work, "adir"))
         with open(os.path.join(work, "adir", "inner.txt"), "w") as f:
             f.write("12345")
