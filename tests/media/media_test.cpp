@@ -12,38 +12,8 @@
 namespace {
 
 // "media_test child": a hidden top-level window, then sleep until ended.
-const int kChild = __argc == 2 && !strcmp(__argv[1], "child")
-                       ? (::CreateWindowA("STATIC", "", WS_POPUP, 0, 0, 1, 1, 0, 0, 0, 0),
-                          ::Sleep(INFINITE), 0) : 0;
-
-// This program has no window before it makes its dialog (class "#32770")
-// with controls 1, 2 and 32767. Its child's window, made last, comes first in
-// the z-order, before the dialog.
-TEST(Windows, ItemIdsTopLevelWindowsAndKeys) {
-  EXPECT_EQ(TarnGetHwndForProcId(::GetCurrentProcessId()), nullptr) << "no window yet";
-  const HWND dialog = ::CreateWindowA("#32770", "", WS_POPUP, 0, 0, 9, 9, 0, 0, 0, 0);
-  for (INT_PTR id : {1, 2, 32767})
-    ::CreateWindowA("STATIC", "", WS_CHILD, 0, 0, 1, 1, dialog, HMENU(id), 0, 0);
-  EXPECT_EQ(TarnGetNextFreeDlgItemID(dialog), 32766u);
-  ::DestroyWindow(::GetDlgItem(dialog, 32767));
-  EXPECT_EQ(TarnGetNextFreeDlgItemID(dialog), 32767u);
-  EXPECT_EQ(TarnGetNextFreeDlgItemID(nullptr), 0u);
-
-  HANDLE child = nullptr;
-  TarnWinExecWait32(_pgmptr, "x child", 0, &child, 0, 0, 0, 0, 0);
-  const DWORD ids[] = {::GetProcessId(child), ::GetCurrentProcessId(), 0xFFFFFFF1};
-  auto owner = [](DWORD id, DWORD found = 0) {
-    return ::GetWindowThreadProcessId(TarnGetHwndForProcId(id), &found), found;
-  };
-  for (int wait = 0; wait < 500 && !owner(ids[0]); ++wait) ::Sleep(20);
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(owner(ids[i]), i < 2 ? ids[i] : 0) << "process " << i;
-  ::TerminateProcess(child, 0), ::CloseHandle(child);
-
-  BYTE keys[256] = {};
-  keys[VK_SHIFT] = 0x80, keys[VK_CAPITAL] = 0x01;  // down; toggled on, not down
-  ::SetKeyboardState(keys);
-  EXPECT_EQ(TarnIsKeyDown(VK_SHIFT) * 10 + TarnIsKeyDown(VK_CAPITAL), 10) << "shift, caps lock";
-}
+const int kChild = __argc == 2 && !strcmp(__argv[1], "child") ? (::CreateWindowA(
+    "STATIC", "", WS_POPUP, 0, 0, 1, 1, 0, 0, 0, 0), ::Sleep(INFINITE), 0) : 0;
 
 // 1 when an MM_MCINOTIFY reaches `window` within 5 s.
 int Notified(HWND window) {
@@ -63,7 +33,34 @@ const char kSteps[] =
     "Fx1 Fs0 Fr0 Fa0 Ms0 Mr0 Ma0 Mp1 Fs0 Ms1 Mn1 Mr1 Ma1 Mn1 Mx1 Mn1 Fp1 Fn1 Fs1 Fr1 Fa1 "
     "Mp1 Fs0 Fp1 Ms0 Mp1 Fx1 Ms0 Fp1 Mx1 Fs0 Mp1 Fm0 Ms0 Mm0 Fb0 Mb0 ";
 
-TEST(Mci, PlaysPausesResumesReplaysAndStops) {
+// This program has no window before it makes its dialog (class "#32770")
+// with controls 1, 2 and 32767. Its child's window, made last, comes first in
+// the z-order, before the dialog. The dialog is then MCI's callback window.
+TEST(WindowsAndMci, ItemIdsTopLevelWindowsKeysAndPlayback) {
+  EXPECT_EQ(TarnGetHwndForProcId(::GetCurrentProcessId()), nullptr) << "no window yet";
+  const HWND dlg = ::CreateWindowA("#32770", "", WS_POPUP, 0, 0, 9, 9, 0, 0, 0, 0);
+  for (INT_PTR id : {1, 2, 32767})
+    ::CreateWindowA("STATIC", "", WS_CHILD, 0, 0, 1, 1, dlg, HMENU(id), 0, 0);
+  EXPECT_EQ(TarnGetNextFreeDlgItemID(dlg), 32766u);
+  ::DestroyWindow(::GetDlgItem(dlg, 32767));
+  EXPECT_EQ(TarnGetNextFreeDlgItemID(dlg), 32767u);
+  EXPECT_EQ(TarnGetNextFreeDlgItemID(nullptr), 0u);
+
+  HANDLE child = nullptr;
+  TarnWinExecWait32(_pgmptr, "x child", 0, &child, 0, 0, 0, 0, 0);
+  const DWORD ids[] = {::GetProcessId(child), ::GetCurrentProcessId(), 0xFFFFFFF1};
+  auto owner = [](DWORD id, DWORD found = 0) {
+    return ::GetWindowThreadProcessId(TarnGetHwndForProcId(id), &found), found;
+  };
+  for (int wait = 0; wait < 500 && !owner(ids[0]); ++wait) ::Sleep(20);
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(owner(ids[i]), i < 2 ? ids[i] : 0) << "process " << i;
+  ::TerminateProcess(child, 0), ::CloseHandle(child);
+
+  BYTE keys[256] = {};
+  keys[VK_SHIFT] = 0x80, keys[VK_CAPITAL] = 0x01;  // down; toggled on, not down
+  ::SetKeyboardState(keys);
+  EXPECT_EQ(TarnIsKeyDown(VK_SHIFT) * 10 + TarnIsKeyDown(VK_CAPITAL), 10) << "shift, caps lock";
+
   const tarn_test::ScratchDir dir;
   std::string wav("RIFF\x64\6\0\0WAVEfmt \x10\0\0\0\1\0\1\0\x40\x1f\0\0\x40\x1f\0\0\1\0\x8\0data"
                   "\x40\6\0\0", 44);  // 0.2 s of a 500 Hz tone, 8 kHz, 8 bits, mono
@@ -72,7 +69,6 @@ TEST(Mci, PlaysPausesResumesReplaysAndStops) {
                         "\x90\x40\x40\x30\x80\x40\x40\0\xff\x2f\0", 42);  // two notes
   for (const std::string& name : {dir / "x", dir / "x y"})
     tarn_test::WriteFile(name + ".wav", wav), tarn_test::WriteFile(name + ".mid", mid);
-  const HWND w = ::CreateWindowA("STATIC", "", WS_POPUP, 0, 0, 1, 1, 0, 0, 0, 0);
   int (*const calls[2][5])(HWND) = {
       {TarnPauseFile, TarnResumeFile, TarnReplayFile, TarnStopFile, Notified},
       {TarnPauseMidi, TarnResumeMidi, TarnReplayMidi, TarnStopMidi, Notified}};
@@ -80,9 +76,8 @@ TEST(Mci, PlaysPausesResumesReplaysAndStops) {
     const std::string path = dir / (s[1] == 'm' ? "none" : s[1] == 'b' ? "x y" : "x") +
                              (*s == 'F' ? ".wav" : ".mid");
     const char* const call = strchr("sraxn", s[1]);
-    const int result = call ? calls[*s == 'M'][call - "sraxn"](w)
-                            : (*s == 'F' ? TarnPlayFile : TarnPlayMidi)(w, path.c_str());
-    EXPECT_EQ(result, s[2] - '0') << s;
+    EXPECT_EQ(call ? calls[*s == 'M'][call - "sraxn"](dlg)
+                   : (*s == 'F' ? TarnPlayFile : TarnPlayMidi)(dlg, path.c_str()), s[2] - '0') << s;
   }
 }
 
