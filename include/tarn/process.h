@@ -1,7 +1,9 @@
-// Tarn: programs started and, if asked, waited for.
+// Tarn: programs started and, if asked, waited for; a process's top-level
+// window, a free dialog item identifier and the state of a key.
 //
-// Both functions end with the error out-parameters described in tarn/core.h
-// and block the calling thread while they wait.
+// The two launch functions end with the error out-parameters described in
+// tarn/core.h and block the calling thread while they wait. The window and
+// keyboard functions report by their result alone.
 #ifndef TARN_PROCESS_H
 #define TARN_PROCESS_H
 
@@ -56,5 +58,28 @@ TARN_API int TarnWinExecWait16(const char* pszApplicationName, const char* pszCo
                                WORD wShowWindow, HANDLE* phProcess, DWORD dwCreationFlags,
                                DWORD dwMilliseconds, DWORD* pdwError, char* pszError,
                                DWORD cchError);
+
+// ---------------------------------------------------------------------------
+// Window and keyboard helpers.
+// ---------------------------------------------------------------------------
+
+// The highest control identifier not in use in the dialog hDlg: from 32767
+// (0x7FFF) downwards, the first identifier for which GetDlgItem finds no
+// control. Not the one after the highest in use: with controls 1, 2 and
+// 32767 the result is 32766. 1 when 32767 down to 2 are all taken (1 itself
+// is not looked up); 0 when hDlg is null.
+TARN_API UINT TarnGetNextFreeDlgItemID(HWND hDlg);
+
+// A top-level window of the process dwProcessId: the first one EnumWindows
+// reports (top-level z-order), visible or hidden, owned or not; child windows
+// are never looked at. Null when the process has no top-level window or
+// there is no such process.
+TARN_API HWND TarnGetHwndForProcId(DWORD dwProcessId);
+
+// 1 when the key nVirtKey (a VK_ code) is down, else 0: the high bit of
+// GetKeyState. The toggle state (Caps Lock on) does not count. The state is
+// what the calling thread's message queue has recorded with the messages read
+// so far, not the physical key at the moment of the call.
+TARN_API int TarnIsKeyDown(int nVirtKey);
 
 #endif  // TARN_PROCESS_H

@@ -151,6 +151,15 @@ ROWS = [
     (["access", "--json", "nodir\\x.txt"], 0, None, "^$",
      records(lambda r: r == [{"path": "nodir\\x.txt", "verdict": "unavailable"}])),
     (["access", "check.txt", "exec"], 2, BAD, r"^tarn access: access: exec not in", None),
+    # play: standard input is a pipe, so it waits for the end; Wine here has no
+    # sound device, so a WAV's play ends with MCI's failure notification (its
+    # audio driver may print to stderr first)
+    (["play", "tone.wav"], 1, BAD, r"tarn play: tone\.wav: the device failed during playback\n$",
+     None),
+    (["play", "missing.wav"], 1, BAD, FAILED.format("play", r"missing\.wav"), None),
+    (["play", "a tone.wav"], 1, BAD, r"tarn play: a tone\.wav: MCI takes no blank in a path\n$",
+     None),
+    (["play"], 2, BAD, r"^tarn play: file is required\n", None),
 ]
 
 
@@ -177,6 +186,11 @@ def main():
             f.write("123456789")
         with open(os.path.join(work, "locked.txt"), "w") as f:
             f.write("locked")
+        for name in ("tone.wav", "a tone.wav"):  # 0.2 s of 500 Hz, 8 kHz 8-bit mono PCM
+            with open(os.path.join(work, name), "wb") as f:
+                f.write(b"RIFF" + (1636).to_bytes(4, "little") + b"WAVEfmt " + bytes.fromhex(
+                    "10000000 0100 0100 401f0000 401f0000 0100 0800".replace(" ", ""))
+                    + b"data" + (1600).to_bytes(4, "little") + bytes([0xC0] * 8 + [0x40] * 8) * 100)
         os.makedirs(os.path.join(work, "adir"))
         with open(os.path.join(work, "adir", "inner.txt"), "w") as f:
             f.write("12345")

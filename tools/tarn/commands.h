@@ -23,6 +23,7 @@ Runner DeclareResource(CLI::App& command); // cmd_resource.cpp
 Runner DeclareStorage(CLI::App& command);  // cmd_storage.cpp
 Runner DeclareAcl(CLI::App& command);      // cmd_security.cpp
 Runner DeclareAccess(CLI::App& command);   // cmd_security.cpp
+Runner DeclarePlay(CLI::App& command);     // cmd_media.cpp
 
 }  // namespace tarn_tool
 

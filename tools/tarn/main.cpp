@@ -34,6 +34,7 @@ const Command kCommands[] = {
      DeclareStorage},
     {"acl", "the DACL of a file or key; an entry for a built-in group merged in", DeclareAcl},
     {"access", "what opening a file with read or write access meets", DeclareAccess},
+    {"play", "play a media file or MIDI sequence to its end (keys p, r, q)", DeclarePlay},
 };
 
 // "NAME VERSION" of a module from its version resource.
