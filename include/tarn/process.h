@@ -1,7 +1,8 @@
-// Tarn: programs started and, if asked, waited for.
-//
-// Both functions end with the error out-parameters described in tarn/core.h
-// and block the calling thread while they wait.
+/// \file
+/// Tarn: programs started and, if asked, waited for.
+///
+/// Both functions end with the error out-parameters described in tarn/core.h
+/// and block the calling thread while they wait.
 #ifndef TARN_PROCESS_H
 #define TARN_PROCESS_H
 
@@ -10,48 +11,48 @@
 #include "tarn/core.h"
 #include "tarn/tarn_export.h"
 
-// Starts a program with CreateProcessA and waits for it to end unless
-// dwMilliseconds is 0.
-//   pszApplicationName  the program, passed on unchanged; may be null, the
-//                       program then being the first token of the command
-//                       line
-//   pszCommandLine      copied into a buffer of the library's own, which is
-//                       passed on (the caller's text is never written); may
-//                       be null (not both)
-//   wShowWindow         the show state (SW_ value) for the program's first
-//                       window (STARTF_USESHOWWINDOW)
-//   phProcess           receives the process handle once the program has
-//                       started; may be null
-//   dwCreationFlags     the creation flags, passed on unchanged
-//   dwMilliseconds      0: return at once; otherwise the time-out of the wait
-//                       (INFINITE: no limit)
-// No handle is inherited; the program gets the caller's environment and
-// current directory. The window that had the keyboard focus gets it back
-// right after the start.
-// Results:
-//   -1   the program could not be started: the platform's code and text
-//   1    started, not waited for: the handle in *phProcess is open and the
-//        caller's to close (with phProcess null it stays open for good)
-//   258  WAIT_TIMEOUT: the wait ran out; the program keeps running
-//   else the program's exit code (0 when it cannot be read)
-// After a wait the handle stored in *phProcess is closed again by the call:
-// neither use nor close it. Exit codes -1, 1 and 258 cannot be told from the
-// other results. Throws std::bad_alloc when the command line cannot be copied.
+/// Starts a program with CreateProcessA and waits for it to end unless
+/// dwMilliseconds is 0.
+///   pszApplicationName  the program, passed on unchanged; may be null, the
+///                       program then being the first token of the command
+///                       line
+///   pszCommandLine      copied into a buffer of the library's own, which is
+///                       passed on (the caller's text is never written); may
+///                       be null (not both)
+///   wShowWindow         the show state (SW_ value) for the program's first
+///                       window (STARTF_USESHOWWINDOW)
+///   phProcess           receives the process handle once the program has
+///                       started; may be null
+///   dwCreationFlags     the creation flags, passed on unchanged
+///   dwMilliseconds      0: return at once; otherwise the time-out of the wait
+///                       (INFINITE: no limit)
+/// No handle is inherited; the program gets the caller's environment and
+/// current directory. The window that had the keyboard focus gets it back
+/// right after the start.
+/// Results:
+///   -1   the program could not be started: the platform's code and text
+///   1    started, not waited for: the handle in *phProcess is open and the
+///        caller's to close (with phProcess null it stays open for good)
+///   258  WAIT_TIMEOUT: the wait ran out; the program keeps running
+///   else the program's exit code (0 when it cannot be read)
+/// After a wait the handle stored in *phProcess is closed again by the call:
+/// neither use nor close it. Exit codes -1, 1 and 258 cannot be told from the
+/// other results. Throws std::bad_alloc when the command line cannot be copied.
 TARN_API int TarnWinExecWait32(const char* pszApplicationName, const char* pszCommandLine,
                                WORD wShowWindow, HANDLE* phProcess, DWORD dwCreationFlags,
                                DWORD dwMilliseconds, DWORD* pdwError, char* pszError,
                                DWORD cchError);
 
-// TarnWinExecWait32 for 16-bit and MS-DOS programs: CREATE_SEPARATE_WOW_VDM
-// (0x800) is added to the creation flags on every system. On the Windows 95
-// family (VER_PLATFORM_WIN32_WINDOWS) the program-information file
-// "<Windows directory>\<base name of pszApplicationName>.pif" is made first
-// unless it exists: the library's own (an MS-DOS Prompt running
-// C:\WINDOWS\COMMAND.COM, "PIFFILE" resource 103 through the resource handle)
-// is written there. An existing file is left as it is, a failed write is
-// ignored, and nothing is written without an application name or when that
-// name or the file's path would be longer than 260 bytes. -1 with code 0 when
-// the system's version cannot be read.
+/// TarnWinExecWait32 for 16-bit and MS-DOS programs: CREATE_SEPARATE_WOW_VDM
+/// (0x800) is added to the creation flags on every system. On the Windows 95
+/// family (VER_PLATFORM_WIN32_WINDOWS) the program-information file
+/// "<Windows directory>\<base name of pszApplicationName>.pif" is made first
+/// unless it exists: the library's own (an MS-DOS Prompt running
+/// C:\WINDOWS\COMMAND.COM, "PIFFILE" resource 103 through the resource handle)
+/// is written there. An existing file is left as it is, a failed write is
+/// ignored, and nothing is written without an application name or when that
+/// name or the file's path would be longer than 260 bytes. -1 with code 0 when
+/// the system's version cannot be read.
 TARN_API int TarnWinExecWait16(const char* pszApplicationName, const char* pszCommandLine,
                                WORD wShowWindow, HANDLE* phProcess, DWORD dwCreationFlags,
                                DWORD dwMilliseconds, DWORD* pdwError, char* pszError,
