@@ -96,8 +96,8 @@ elseif(CASE STREQUAL "package")
     message(FATAL_ERROR "find_package(tarn) on a Linux target:\n${err}")
   endif()
   # cpack packs the installed SDK into one archive.
-  run(cpack --config ${BUILD_DIR}/CPackConfig.cmake -B ${work}/package
-      -D "CPACK_INSTALLED_DIRECTORIES=${stage};.")
+  execute_process(COMMAND cpack --config ${BUILD_DIR}/CPackConfig.cmake -B ${work}/package
+                    -D "CPACK_INSTALLED_DIRECTORIES=${stage};." COMMAND_ERROR_IS_FATAL ANY)
   file(GLOB archive ${work}/package/tarn-*-win64.zip)
   run(${CMAKE_COMMAND} -E tar tf ${archive})
   if(NOT out MATCHES "bin/tarn.dll" OR NOT out MATCHES "lib/cmake/tarn/tarnConfig.cmake")
