@@ -15,5 +15,14 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 
 # Test executables and tools run under Wine through a wrapper that keeps a
-# private prefix inside the build tree.
-set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine-run)
+# private prefix inside the build tree (in the source tree only).
+if(EXISTS ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine-run)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine-run)
+endif()
+
+# Installed with the SDK (in lib/cmake/tarn/), the file also finds that SDK:
+# find_package(tarn) needs no CMAKE_PREFIX_PATH then.
+if(EXISTS ${CMAKE_CURRENT_LIST_DIR}/tarnConfig.cmake)
+  get_filename_component(_tarn_sdk ${CMAKE_CURRENT_LIST_DIR}/../../.. ABSOLUTE)
+  list(APPEND CMAKE_PREFIX_PATH ${_tarn_sdk})
+endif()
