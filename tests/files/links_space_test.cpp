@@ -142,13 +142,10 @@ TEST(DiskSpace, OneLookUpPerPairDriveFormsMebibytesAndErrors) {
   DWORD code = 0, mb = 77;
   EXPECT_EQ(TarnFreeDiskSpaceMB("dir\\file", &mb, &code, nullptr, 0) + mb, 0u);
   EXPECT_EQ(code, DWORD(ERROR_INVALID_DRIVE));
-  tarn_test::CheckErrorRows({Row<ULARGE_INTEGER, TarnFreeDiskSpace>("J:\\x", 3),
-                             Row<ULARGE_INTEGER, TarnFreeDiskSpace>("\\\\server\\share\\d", 0),
-                             Row<ULARGE_INTEGER, TarnFreeDiskSpace>("dir\\file", 0),
-                             Row<ULARGE_INTEGER, TarnFreeDiskSpace>("", 0),
-                             Row<ULARGE_INTEGER, TarnFreeDiskSpace>(nullptr, 0),
-                             Row<DWORD, TarnFreeDiskSpaceMB>("J:", 3),
-                             Row<DWORD, TarnFreeDiskSpaceMB>(nullptr, 0)});
+  const auto inBytes = Row<ULARGE_INTEGER, TarnFreeDiskSpace>, inMB = Row<DWORD, TarnFreeDiskSpaceMB>;
+  tarn_test::CheckErrorRows({inBytes("J:\\x", 3), inBytes("\\\\server\\share\\d", 0),
+                             inBytes("dir\\file", 0), inBytes("", 0), inBytes(nullptr, 0),
+                             inMB("J:", 3), inMB(nullptr, 0)});
   EXPECT_EQ(TarnFreeDiskSpaceC("J:\\x", &own) + TarnFreeDiskSpaceC("dir", &own) +
                 TarnFreeDiskSpaceMBC("J:", &code) + TarnFreeDiskSpaceMBC("T:\\", nullptr), 0);
 }
