@@ -18,8 +18,13 @@ endfunction()
 # Adds a GoogleTest executable that runs under ctest (under Wine when cross
 # compiling). Internal tests link the object libraries directly, so internal
 # helpers are testable without being exported.
+#   tarn_add_test(NAME [DLL] [DISPLAY] SOURCES ... [LIBS ...])
+# DLL: links tarn.dll instead of the objects. DISPLAY: the program opens
+# windows, so scripts/wine-run gives it an X display (an Xvfb server when
+# there is none) and ctest runs it alone: Wine's desktop process keeps the
+# display, or the lack of one, of the first program of a session.
 function(tarn_add_test name)
-  cmake_parse_arguments(T "DLL" "" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(T "DLL;DISPLAY" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   if(T_DLL)
     target_link_libraries(${name} PRIVATE tarn tarn_test_checks GTest::gtest GTest::gtest_main ${T_LIBS})
@@ -32,6 +37,10 @@ function(tarn_add_test name)
   endif()
   add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
   set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+  if(T_DISPLAY)
+    set_property(TEST ${name} APPEND PROPERTY ENVIRONMENT TARN_WINE_DISPLAY=1)
+    set_tests_properties(${name} PROPERTIES RUN_SERIAL TRUE)
+  endif()
 endfunction()
 
 # Adds every direct subfolder of the current source folder that has a
